@@ -124,8 +124,8 @@ enum {
 };
 
 // New instructions, not yet in a list. They count as the application's own: a use of the stolen
-// register in them means the application's value. Operands that an opcode cannot take are found
-// when the block is encoded, and end the process with a message.
+// register in them means the application's value. Operands that an opcode cannot take end the
+// process with a message.
 DR_API instr_t* instr_create_1dst_1src(void* drcontext, int opcode, opnd_t dst, opnd_t src);
 DR_API instr_t* instr_create_1dst_2src(void* drcontext, int opcode, opnd_t dst, opnd_t src1,
                                        opnd_t src2);
@@ -140,13 +140,13 @@ DR_API void instr_destroy(void* drcontext, instr_t* instr);
 DR_API instr_t* instr_set_translation(instr_t* instr, app_pc pc);
 // The address of an application instruction, or the translation of another one.
 DR_API app_pc instr_get_app_pc(instr_t* instr);
-// The four bytes of an application instruction, null for a created one.
+// The four bytes of the instruction, null for an inserted call.
 DR_API byte* instr_get_raw_bits(instr_t* instr);
 // OP_msr for the application's MSR (register) to any system register, else OP_other; a created
 // instruction gives the opcode it was created with.
 DR_API int instr_get_opcode(instr_t* instr);
-// Destinations and sources are told for MSR (register) and created instructions; other application
-// instructions have none. A system register without a name here is DR_REG_NULL.
+// Destinations and sources are told for MSR (register) alone; other instructions show none. A
+// system register without a name here is DR_REG_NULL.
 DR_API int instr_num_dsts(instr_t* instr);
 DR_API opnd_t instr_get_dst(instr_t* instr, uint index);
 DR_API opnd_t instr_get_src(instr_t* instr, uint index);

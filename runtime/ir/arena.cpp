@@ -1,0 +1,55 @@
+#include <cstdlib>
+
+#include "runtime/ir/arena.h"
+
+namespace ir {
+
+// About what one emulated instruction and its neighbours take.
+constexpr unsigned chunk_instructions = 256;
+
+struct arena::chunk {
+  chunk* next;
+  instr_t instructions[chunk_instructions];
+};
+
+namespace {
+
+void grow(arena& memory) {
+  auto* const added = static_cast<arena::chunk*>(std::malloc(sizeof(arena::chunk)));
+  if (added == nullptr) {
+    std::abort();
+  }
+  added->next = memory.chunks;
+  memory.chunks = added;
+  for (instr_t& instr : added->instructions) {
+    release(memory, &instr);
+  }
+}
+
+}  // namespace
+
+instr_t* allocate(arena& memory) {
+  if (memory.free == nullptr) {
+    grow(memory);
+  }
+  instr_t* const instr = memory.free;
+  memory.free = instr->next;
+  *instr = {};
+  return instr;
+}
+
+void release(arena& memory, instr_t* instr) {
+  instr->next = memory.free;
+  memory.free = instr;
+}
+
+void dispose(arena& memory) {
+  while (memory.chunks != nullptr) {
+    arena::chunk* const next = memory.chunks->next;
+    std::free(memory.chunks);
+    memory.chunks = next;
+  }
+  memory.free = nullptr;
+}
+
+}  // namespace ir

@@ -1,0 +1,86 @@
+// The little decoder: what the block builder must know of an application instruction. A word is
+// never decoded further than that.
+#pragma once
+
+#include <cstdint>
+
+namespace ir {
+
+// ---- the end of a block -------------------------------------------------------------------------
+
+enum class control : std::uint8_t {
+  none,
+  jump,           // B, and B.AL, B.NV: offset
+  call,           // BL: offset
+  conditional,    // B.cond, BC.cond, CBZ, CBNZ, TBZ, TBNZ: offset
+  jump_register,  // BR and its authenticated forms
+  call_register,  // BLR and its authenticated forms
+  ret,            // RET, RETAA, RETAB
+  system_call,    // SVC
+  cache_flush,    // IC IVAU
+  exception,      // everything else that does not fall through: BRK, HLT, UDF, ERET, ...
+};
+
+control control_of(std::uint32_t word);
+
+// The offset in bytes of a jump, call or conditional.
+std::int64_t branch_offset(std::uint32_t word);
+// A conditional with the opposite condition and another offset, a multiple of 4 in 16 signed bits.
+std::uint32_t inverted_branch(std::uint32_t word, std::int64_t offset);
+// The register of a BR, BLR or RET in any form: X30 for RETAA and RETAB.
+unsigned branch_register(std::uint32_t word);
+// For an authenticated BR, BLR or RET the word that authenticates `target`, a register that holds a
+// copy of the branch's; 0 for the plain forms. The modifier register of BRAA, BRAB, BLRAA and BLRAB
+// stays a register field of that word (replace_reg), and is no other's.
+std::uint32_t authentication(std::uint32_t word, unsigned target);
+
+// ---- operands relative to the PC ----------------------------------------------------------------
+
+enum class pc_relative : std::uint8_t { none, adr, adrp, load, prefetch };
+
+pc_relative pc_relative_of(std::uint32_t word);
+// The address that the instruction, at `pc`, computes or accesses.
+std::uint64_t pc_relative_target(std::uint32_t word, std::uint64_t pc);
+// The load of the same register in the same way from [Xbase].
+std::uint32_t literal_load_from(std::uint32_t word, unsigned base);
+
+// ---- system registers ---------------------------------------------------------------------------
+
+bool is_mrs(std::uint32_t word);
+bool is_msr_register(std::uint32_t word);
+// The system register of MRS or MSR (register), as in encode.h.
+unsigned system_register_of(std::uint32_t word);
+
+// ---- exclusives ---------------------------------------------------------------------------------
+
+bool is_load_exclusive(std::uint32_t word);
+bool is_store_exclusive(std::uint32_t word);
+
+// ---- general registers --------------------------------------------------------------------------
+
+constexpr unsigned field_t(std::uint32_t word) { return word & 31; }
+constexpr unsigned field_n(std::uint32_t word) { return word >> 5 & 31; }
+constexpr unsigned field_a(std::uint32_t word) { return word >> 10 & 31; }
+constexpr unsigned field_m(std::uint32_t word) { return word >> 16 & 31; }
+
+// Which of the fields T, N, A and M name a general register, SP or the zero register. A field may
+// be told that the instruction ignores, so naming a register does not mean using it.
+namespace fields {
+inline constexpr std::uint8_t none = 0, t = 1, n = 2, a = 4, m = 8;
+}
+std::uint8_t general_fields(std::uint32_t word);
+
+// Compare-and-swap pair: T and M name a pair of registers, the even one and its successor.
+bool is_casp(std::uint32_t word);
+
+// The set of registers that the word names: bit k for number k; 31 is SP or the zero register.
+std::uint32_t named_registers(std::uint32_t word);
+bool uses_reg(std::uint32_t word, unsigned number);
+// `word` with `from` replaced by `to` in every general-register field. In a CASP both must be even
+// if T or M names `from`, and their successors go with them.
+std::uint32_t replace_reg(std::uint32_t word, unsigned from, unsigned to);
+// The lowest register that the word does not name; for a CASP the lowest even one whose successor
+// is not named either.
+unsigned lowest_unused_reg(std::uint32_t word);
+
+}  // namespace ir
