@@ -1,6 +1,7 @@
 // What all decode stubs of one kind have in common, and how a row is made of a line of a table.
 #pragma once
 
+#include "host/fp_unit.h"
 #include "sve/client/dispatch.h"
 #include "sve/client/operand_forms.h"
 
@@ -30,6 +31,17 @@ inline aarch64_decode_rc plain(cpu_state* state, unsigned int word) {
   return function(state, Forms<T>::decode(word)...);
 }
 
+// The function runs host floating-point instructions: their flags are to be the application's, and
+// the host's control register is to survive.
+template <auto function, class T, template <class> class... Forms>
+inline aarch64_decode_rc bracketed(cpu_state* state, unsigned int word) {
+  const host::FPBracket bracket(state->fpcr, state->fpsr);
+  state->instruction = word;
+  const aarch64_decode_rc result = function(state, Forms<T>::decode(word)...);
+  state->fpsr = bracket.status();
+  return result;
+}
+
 inline aarch64_decode_rc no_operation(cpu_state*, unsigned int) { return aarch64_decode_ok; }
 
 // The field in which most families have their element size.
@@ -51,6 +63,9 @@ constexpr uint32_t size_field(element_size size) { return static_cast<uint32_t>(
 #define SVE_FAST_ROW(type, operation, value, function, ...)                                        \
   SVE_ROW(Vec##type##operation, value, Tier::fast, (mask_of<type __VA_OPT__(, ) __VA_ARGS__>()),   \
           plain<function, type __VA_OPT__(, ) __VA_ARGS__>)
+#define SVE_HOST_FP_ROW(type, operation, value, function, ...)                                     \
+  SVE_ROW(Vec##type##operation, value, Tier::host_fp, (mask_of<type, __VA_ARGS__>()),              \
+          bracketed<function, type, __VA_ARGS__>)
 #define SVE_NOP_ROW(type, operation, value, ...)                                                   \
   SVE_ROW(Vec##type##operation, value, Tier::no_operation, (mask_of<type, __VA_ARGS__>()),         \
           no_operation)
@@ -58,6 +73,8 @@ constexpr uint32_t size_field(element_size size) { return static_cast<uint32_t>(
 // The same with a value that lacks its size field: the type brings it.
 #define SVE_FAST_SIZED(type, operation, value, ...)                                                \
   SVE_FAST_ROW(type, operation, (value) | size_field(type::size), __VA_ARGS__)
+#define SVE_HOST_FP_SIZED(type, operation, value, ...)                                             \
+  SVE_HOST_FP_ROW(type, operation, (value) | size_field(type::size), __VA_ARGS__)
 
 // A line of a table: the operation, its types in parentheses, and what is the same for all of them.
 #define SVE_COUNT(...) SVE_FIFTH(__VA_ARGS__, 4, 3, 2, 1)
@@ -80,5 +97,9 @@ constexpr uint32_t size_field(element_size size) { return static_cast<uint32_t>(
   SVE_EACH(SVE_FAST_ROW, operation, types, value, __VA_ARGS__)
 #define FAST_SIZED(operation, types, value, ...)                                                   \
   SVE_EACH(SVE_FAST_SIZED, operation, types, value, __VA_ARGS__)
+#define HOST_FP(operation, types, value, ...)                                                      \
+  SVE_EACH(SVE_HOST_FP_ROW, operation, types, value, __VA_ARGS__)
+#define HOST_FP_SIZED(operation, types, value, ...)                                                \
+  SVE_EACH(SVE_HOST_FP_SIZED, operation, types, value, __VA_ARGS__)
 #define NOP(operation, types, value, ...)                                                          \
   SVE_EACH(SVE_NOP_ROW, operation, types, value, __VA_ARGS__)
