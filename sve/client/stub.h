@@ -23,8 +23,9 @@ template <class Form> constexpr bool reserved(uint32_t word) {
     return false;
 }
 
+// Flattened, since only inside the stub are the operands' kind words constants.
 template <auto function, class T, template <class> class... Forms>
-inline aarch64_decode_rc plain(cpu_state* state, unsigned int word) {
+[[gnu::flatten]] inline aarch64_decode_rc plain(cpu_state* state, unsigned int word) {
   if ((reserved<Forms<T>>(word) || ...))
     return aarch64_decode_ok;
   state->instruction = word;
