@@ -1,0 +1,81 @@
+// Structure loads and stores: LD2 to LD4 and ST2 to ST4. Memory is walked in ascending order, the
+// registers of one structure after another; register numbers wrap at 31.
+#pragma once
+
+#include "sve/fast/contiguous.h"
+
+// LDn of elements in memory of type T, in registers of type U. The offset counts elements.
+template <class T, class U, unsigned N>
+inline aarch64_decode_rc sve_ldN_zpri(cpu_state* state, aarch64_z_reg zt, aarch64_p_reg pg,
+                                      aarch64_i_rsp_reg rn, long offset) {
+  uint64_t address = fast::read(state, rn) + static_cast<uint64_t>(offset) * sizeof(T);
+  for (unsigned i = 0; i < fast::elements<U>; i++) {
+    const bool active = fast::is_active<U>(state->p[pg.index], i);
+    for (unsigned k = 0; k < N; k++, address += sizeof(T)) {
+      fast::set_element<U>(state->z[(zt.index + k) % z_registers], i,
+                           active ? static_cast<U>(fast::read_memory<T>(address)) : U{});
+      fast::finish_element();
+    }
+  }
+  return aarch64_decode_ok;
+}
+
+// STn of elements in registers of type U, in memory of type T. The offset counts elements.
+template <class T, class U, unsigned N>
+inline aarch64_decode_rc sve_stN_zpri(cpu_state* state, aarch64_z_reg zt, aarch64_p_reg pg,
+                                      aarch64_i_rsp_reg rn, long offset) {
+  uint64_t address = fast::read(state, rn) + static_cast<uint64_t>(offset) * sizeof(T);
+  for (unsigned i = 0; i < fast::elements<U>; i++) {
+    const bool active = fast::is_active<U>(state->p[pg.index], i);
+    for (unsigned k = 0; k < N; k++, address += sizeof(T)) {
+      if (active)
+        fast::write_memory<T>(
+            address, static_cast<T>(fast::element<U>(state->z[(zt.index + k) % z_registers], i)));
+      fast::finish_element();
+    }
+  }
+  return aarch64_decode_ok;
+}
+
+// Both shapes of one instruction. An immediate counts as many vectors as there are registers.
+#define STRUCTURE(move, name, type, N)                                                             \
+  inline aarch64_decode_rc sve_##name##_zpri(cpu_state* state, aarch64_z_reg zt, aarch64_p_reg pg, \
+                                             aarch64_i_rsp_reg rn, int imm) {                      \
+    return sve_##move##N_zpri<type, type, N>(state, zt, pg, rn,                                    \
+                                             long{imm} * N * fast::elements<type>);                \
+  }                                                                                                \
+  inline aarch64_decode_rc sve_##name##_scaled_zprr(cpu_state* state, aarch64_z_reg zt,            \
+                                                    aarch64_p_reg pg, aarch64_i_rsp_reg rn,        \
+                                                    aarch64_i_reg rm) {                            \
+    return sve_##move##N_zpri<type, type, N>(state, zt, pg, rn,                                    \
+                                             static_cast<long>(fast::read(state, rm)));            \
+  }
+
+// clang-format off
+STRUCTURE(ld, ld2b, uint8_t,  2)
+STRUCTURE(ld, ld2h, uint16_t, 2)
+STRUCTURE(ld, ld2w, uint32_t, 2)
+STRUCTURE(ld, ld2d, uint64_t, 2)
+STRUCTURE(ld, ld3b, uint8_t,  3)
+STRUCTURE(ld, ld3h, uint16_t, 3)
+STRUCTURE(ld, ld3w, uint32_t, 3)
+STRUCTURE(ld, ld3d, uint64_t, 3)
+STRUCTURE(ld, ld4b, uint8_t,  4)
+STRUCTURE(ld, ld4h, uint16_t, 4)
+STRUCTURE(ld, ld4w, uint32_t, 4)
+STRUCTURE(ld, ld4d, uint64_t, 4)
+STRUCTURE(st, st2b, uint8_t,  2)
+STRUCTURE(st, st2h, uint16_t, 2)
+STRUCTURE(st, st2w, uint32_t, 2)
+STRUCTURE(st, st2d, uint64_t, 2)
+STRUCTURE(st, st3b, uint8_t,  3)
+STRUCTURE(st, st3h, uint16_t, 3)
+STRUCTURE(st, st3w, uint32_t, 3)
+STRUCTURE(st, st3d, uint64_t, 3)
+STRUCTURE(st, st4b, uint8_t,  4)
+STRUCTURE(st, st4h, uint16_t, 4)
+STRUCTURE(st, st4w, uint32_t, 4)
+STRUCTURE(st, st4d, uint64_t, 4)
+// clang-format on
+
+#undef STRUCTURE
