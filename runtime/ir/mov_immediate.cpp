@@ -1,61 +1,67 @@
 #include "runtime/ir/mov_immediate.h"
 
+#include <algorithm>
+
 #include "runtime/ir/encode.h"
 
 namespace ir {
 namespace {
 
 constexpr unsigned halfwords = 4;
-constexpr unsigned all_ones = 0xffff;
 
-unsigned halfword(std::uint64_t value, unsigned hw) { return value >> (16 * hw) & all_ones; }
+unsigned halfword(std::uint64_t value, unsigned hw) { return value >> (16 * hw) & 0xffff; }
 
-unsigned count_halfwords(std::uint64_t value, unsigned wanted) {
-  unsigned count = 0;
+// The first instruction of a sequence: what it leaves in the halfwords that it does not name, and
+// how many of them, from the lowest up, it can name.
+struct seed {
+  std::uint32_t (*encode)(unsigned rd, unsigned imm, unsigned hw);
+  std::uint64_t implied;
+  unsigned reach;
+  bool inverted;
+};
+
+constexpr seed seeds[] = {
+    {enc::movz, 0, 4, false},
+    {enc::movn, ~std::uint64_t{0}, 4, true},
+    {enc::movn_w, 0xffffffff, 2, true},
+};
+
+unsigned write(const seed& first, unsigned rd, std::uint64_t value, std::uint32_t* words) {
+  unsigned length = 0;
   for (unsigned hw = 0; hw < halfwords; ++hw) {
-    count += halfword(value, hw) == wanted;
+    const unsigned part = halfword(value, hw);
+    if (part == halfword(first.implied, hw)) {
+      continue;
+    }
+    if (length == 0) {
+      const bool reached = hw < first.reach;
+      const unsigned imm = reached ? halfword(first.inverted ? ~value : value, hw) : 0;
+      words[length++] = first.encode(rd, imm, reached ? hw : 0);
+      if (reached) {
+        continue;
+      }
+    }
+    words[length++] = enc::movk(rd, part, hw);
   }
-  return count;
-}
-
-// The one halfword in which a 32-bit value differs from all ones; none if both do.
-bool is_movn_w(std::uint64_t value, unsigned& hw) {
-  if (value >> 32 != 0) {
-    return false;
+  if (length == 0) {
+    words[length++] = first.encode(rd, 0, 0);
   }
-  hw = halfword(value, 0) == all_ones;
-  return halfword(value, hw ^ 1) == all_ones;
+  return length;
 }
 
 }  // namespace
 
 unsigned mov_immediate(unsigned rd, std::uint64_t value, std::uint32_t words[mov_immediate_max]) {
-  const unsigned zeros = count_halfwords(value, 0);
-  const unsigned ones = count_halfwords(value, all_ones);
-  unsigned w_form = 0;
-  if (zeros < halfwords - 1 && is_movn_w(value, w_form)) {
-    words[0] = enc::movn_w(rd, halfword(value, w_form) ^ all_ones, w_form);
-    return 1;
-  }
-  const bool inverted = ones > zeros;
-  const unsigned implied = inverted ? all_ones : 0;
-  unsigned length = 0;
-  for (unsigned hw = 0; hw < halfwords; ++hw) {
-    const unsigned part = halfword(value, hw);
-    if (part == implied) {
-      continue;
+  unsigned shortest = mov_immediate_max + 1;
+  for (const seed& first : seeds) {
+    std::uint32_t candidate[mov_immediate_max];
+    const unsigned length = write(first, rd, value, candidate);
+    if (length < shortest) {
+      shortest = length;
+      std::copy_n(candidate, length, words);
     }
-    if (length > 0) {
-      words[length] = enc::movk(rd, part, hw);
-    } else {
-      words[length] = inverted ? enc::movn(rd, part ^ all_ones, hw) : enc::movz(rd, part, hw);
-    }
-    ++length;
   }
-  if (length == 0) {
-    words[length++] = inverted ? enc::movn(rd, 0) : enc::movz(rd, 0);
-  }
-  return length;
+  return shortest;
 }
 
 }  // namespace ir

@@ -27,17 +27,10 @@ std::uint8_t immediate_fields(std::uint32_t word) {
   }
 }
 
-std::uint8_t system_fields(std::uint32_t word) {
-  const std::uint32_t op1_crn = word >> 12 & 0xfffff;
-  const bool hint_or_barrier = op1_crn == 0xd5032 || op1_crn == 0xd5033;
-  const bool msr_immediate = (word & 0xfff8f000) == 0xd5004000;
-  return hint_or_barrier || msr_immediate ? none : t;
-}
-
 std::uint8_t branch_fields(std::uint32_t word) {
   switch (word >> 24) {
   case 0xd5:
-    return system_fields(word);
+    return t;  // 31 in hints, barriers and MSR (immediate)
   case 0xd6:
     return n;
   case 0xd7:
