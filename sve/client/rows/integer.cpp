@@ -1,6 +1,7 @@
 // Integer arithmetic, logic and shifts.
-#include "sve/fast/integer.h"
 #include "sve/client/stub.h"
+
+#include "sve/fast/integer.h"
 #include "sve/fast/integer_reduce.h"
 #include "sve/fast/integer_unpredicated.h"
 

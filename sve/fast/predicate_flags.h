@@ -1,0 +1,71 @@
+// Predicates as bits, and the condition flags that follow from a predicate.
+#pragma once
+
+#include "sve/fast/vector.h"
+
+namespace fast {
+
+__extension__ typedef unsigned __int128 predicate_bits;
+
+// Bit 0 of each element's first byte.
+template <class T>
+inline constexpr predicate_bits first_bits = ~predicate_bits{0} / static_cast<T>(-1);
+
+// The slot of a predicate, or a buffer like it, as one number. The elements ascend with the bits.
+inline predicate_bits load_bits(const void* slot) {
+  predicate_bits bits;
+  memcpy(&bits, slot, vector_bytes);
+  return bits;
+}
+
+inline void store_bits(uint8_t* slot, predicate_bits bits) { memcpy(slot, &bits, vector_bytes); }
+
+// A predicate's elements, the bits without meaning removed.
+template <class T> inline predicate_bits element_bits_of(const void* slot) {
+  return load_bits(slot) & first_bits<T>;
+}
+
+inline predicate_bits lowest_bit(predicate_bits bits) { return bits & -bits; }
+
+// Whether the highest bit of the mask is one of the bits; false for an empty mask. The greater of
+// two disjoint numbers has the highest bit of both.
+inline bool has_highest_bit(predicate_bits mask, predicate_bits bits) {
+  return (mask & bits) > (mask & ~bits);
+}
+
+// Sets N, Z and C, clears V and keeps all else of nzcv.
+inline void set_flags(cpu_state* state, bool n, bool z, bool c) {
+  const uint64_t flags = uint64_t{n} << 31 | uint64_t{z} << 30 | uint64_t{c} << 29;
+  state->nzcv = (state->nzcv & ~(flag_n | flag_z | flag_c | flag_v)) | flags;
+}
+
+// The flags of a result under a governing predicate, both as element bits: N is the first active
+// element, Z that no active element is true, C that the last active one is false.
+inline void set_predicate_flags(cpu_state* state, predicate_bits mask, predicate_bits result) {
+  set_flags(state, (lowest_bit(mask) & result) != 0, (mask & result) == 0,
+            !has_highest_bit(mask, result));
+}
+
+}  // namespace fast
+
+// The flags of the predicate `result` under the governing predicate `mask`, 16 bytes each, slots
+// of p or buffers. The width of T is the element's. A flag-setting function calls it before it
+// writes its destination, which may be the governing predicate.
+template <class T> inline void sve_ptest(cpu_state* state, const char* mask, const char* result) {
+  using Element = std::make_unsigned_t<T>;
+  fast::set_predicate_flags(state, fast::element_bits_of<Element>(mask),
+                            fast::element_bits_of<Element>(result));
+}
+
+namespace fast {
+
+// Writes a predicate from the bits of its elements and sets the flags under a governing predicate,
+// which is read before.
+template <class T>
+inline void store_with_flags(cpu_state* state, aarch64_p_reg pd, const uint8_t* governing,
+                             predicate_bits result) {
+  set_predicate_flags(state, element_bits_of<T>(governing), result);
+  store_bits(state->p[pd.index], result);
+}
+
+}  // namespace fast

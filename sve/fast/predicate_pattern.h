@@ -1,0 +1,35 @@
+// How many elements a predicate constraint names.
+#pragma once
+
+#include <array>
+
+namespace fast {
+
+inline constexpr unsigned patterns = 32;
+
+// Elements of a pattern field out of n, a power of two.
+constexpr unsigned pattern_count(unsigned pattern, unsigned n) {
+  unsigned count = 0;
+  if (pattern >= 1 && pattern <= 8)  // VL1 to VL8
+    count = pattern;
+  else if (pattern >= 9 && pattern <= 13)  // VL16 to VL256
+    count = 16u << (pattern - 9);
+  else if (pattern == 29)  // MUL4
+    count = n - n % 4;
+  else if (pattern == 30)  // MUL3
+    count = n - n % 3;
+  else if (pattern == 31 || pattern == 0)  // ALL, POW2
+    count = n;
+  return count <= n ? count : 0;
+}
+
+// The same for one n, ready made.
+template <unsigned n>
+inline constexpr std::array<unsigned char, patterns> pattern_counts = [] {
+  std::array<unsigned char, patterns> counts{};
+  for (unsigned pattern = 0; pattern < patterns; pattern++)
+    counts[pattern] = static_cast<unsigned char>(pattern_count(pattern, n));
+  return counts;
+}();
+
+}  // namespace fast
