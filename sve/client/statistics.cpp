@@ -1,5 +1,7 @@
 #include "sve/client/statistics.h"
 
+#include <pthread.h>
+
 #include <cstdio>
 
 std::atomic<uint64_t> sve_instr_count;
@@ -16,4 +18,9 @@ void dump_sve_stats() {
   for (const auto& [pc, site] : icounts)
     fprintf(stderr, "%p: 0x%08x %ld\n", static_cast<void*>(pc), site.encoding,
             static_cast<long>(site.count.load(std::memory_order_relaxed)));
+}
+
+void guard_sve_stats_over_fork() {
+  pthread_atfork([] { icounts_mutex.lock(); }, [] { icounts_mutex.unlock(); },
+                 [] { icounts_mutex.unlock(); });
 }

@@ -32,3 +32,7 @@ TAVOK_EXPORT void dump_sve_stats();
 
 // Counts one execution of the instruction at pc, after it has succeeded.
 void update_sve_stats(unsigned int* pc, uint32_t encoding);
+
+// Makes a fork by another thread wait for an update in progress, so that the child can count on.
+// Once, when the library is loaded.
+void guard_sve_stats_over_fork();

@@ -80,7 +80,7 @@ decode_stub find_in(const decoder_map& map, uint32_t word) {
 std::map<unsigned int*, site_count> icounts;
 uint32_t page_size = static_cast<uint32_t>(sysconf(_SC_PAGESIZE));
 static const std::array<decoder_map, decoder_maps> maps = build_decoder_maps();
-[[maybe_unused]] static const int initialized = SVEInitialize();
+[[maybe_unused]] static const int initialized = (guard_sve_stats_over_fork(), SVEInitialize());
 
 const decoder_map& decoder_map_number(unsigned number) { return maps[number - 1]; }
 
