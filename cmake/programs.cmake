@@ -1,0 +1,89 @@
+# Program tests: ordinary programs, built with SVE and without, run under tavok and directly.
+
+# Processors without SVE: the first has no half precision and no large-system atomics, the second
+# has both. On an AArch64 machine the programs run on that machine.
+if(CMAKE_CROSSCOMPILING)
+  set(TAVOK_PROGRAM_CPUS cortex-a72 neoverse-n1)
+else()
+  set(TAVOK_PROGRAM_CPUS host)
+endif()
+
+# The words that run an AArch64 program on one of TAVOK_PROGRAM_CPUS.
+function(tavok_host_words cpu result)
+  if(cpu STREQUAL host)
+    set(${result} "" PARENT_SCOPE)
+  else()
+    set(${result} qemu-aarch64 -cpu ${cpu} -L /usr/aarch64-linux-gnu PARENT_SCOPE)
+  endif()
+endfunction()
+
+# One executable of the build `sve` or `plain`, linked statically or dynamically.
+function(tavok_program_executable name linkage)
+  cmake_parse_arguments(arg "" "" "SOURCES;FLAGS" ${ARGN})
+  add_executable(${name} EXCLUDE_FROM_ALL ${arg_SOURCES})
+  target_compile_options(${name} PRIVATE ${arg_FLAGS})
+  target_include_directories(${name} PRIVATE ${PROJECT_SOURCE_DIR}/tests/programs)
+  target_link_libraries(${name} PRIVATE m pthread)
+  if(linkage STREQUAL static)
+    target_link_options(${name} PRIVATE -static)
+  endif()
+  set_target_properties(${name} PROPERTIES
+    RUNTIME_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/bin/programs)
+  add_dependencies(programs ${name})
+endfunction()
+
+# A test that ctest runs: a script of tests/program with the launcher, its own arguments, and behind
+# `--` the words that run an AArch64 program on this processor.
+function(tavok_script_test name cpu script)
+  tavok_host_words(${cpu} words)
+  add_test(NAME ${name}
+    COMMAND ${PROJECT_SOURCE_DIR}/tests/program/${script} $<TARGET_FILE:tavok> ${ARGN} -- ${words})
+  set_tests_properties(${name} PROPERTIES LABELS program TIMEOUT 300)
+endfunction()
+
+# tavok_program_test(<name> SOURCES <files> [STATIC | DYNAMIC] [CPUS <models>]
+#                    [FLAGS <both builds>] [SVE_FLAGS <the SVE build>]):
+# builds the program with SVE and without, and compares the plain build run directly with the SVE
+# build run under tavok: output, exit status, and the report. Without STATIC or DYNAMIC, both
+# linkages are built; without CPUS, it runs on all of TAVOK_PROGRAM_CPUS.
+function(tavok_program_test name)
+  cmake_parse_arguments(arg "STATIC;DYNAMIC" "" "SOURCES;CPUS;FLAGS;SVE_FLAGS" ${ARGN})
+  set(linkages static dynamic)
+  if(arg_STATIC)
+    set(linkages static)
+  elseif(arg_DYNAMIC)
+    set(linkages dynamic)
+  endif()
+  if(NOT arg_CPUS OR NOT CMAKE_CROSSCOMPILING)
+    set(arg_CPUS ${TAVOK_PROGRAM_CPUS})
+  endif()
+  list(TRANSFORM arg_SOURCES PREPEND ${PROJECT_SOURCE_DIR}/tests/programs/)
+  # Wrapping arithmetic is what the kernels are about; fused operations would differ by build.
+  set(common -Wall -Wextra -Wshadow -Werror -fwrapv -ffp-contract=off ${arg_FLAGS})
+
+  foreach(build plain sve)
+    set(flags ${common} -O2 -fno-tree-vectorize -march=armv8-a)
+    if(build STREQUAL sve)
+      # The compiler shall take SVE, and not the 128-bit vectors of the base architecture.
+      set(flags ${common} -O3 --param=aarch64-autovec-preference=2 -march=armv8-a+sve
+        ${arg_SVE_FLAGS})
+    endif()
+    add_library(${name}_${build} OBJECT EXCLUDE_FROM_ALL ${arg_SOURCES})
+    target_compile_options(${name}_${build} PRIVATE ${flags})
+    target_include_directories(${name}_${build} PRIVATE ${PROJECT_SOURCE_DIR}/tests/programs)
+    foreach(linkage ${linkages})
+      tavok_program_executable(${name}_${build}_${linkage} ${linkage}
+        SOURCES $<TARGET_OBJECTS:${name}_${build}>)
+    endforeach()
+  endforeach()
+
+  if(NOT TARGET tavok)
+    return()
+  endif()
+  foreach(linkage ${linkages})
+    foreach(cpu ${arg_CPUS})
+      tavok_script_test(program_${name}_${linkage}_${cpu} ${cpu} compare_builds
+        $<TARGET_FILE:${name}_plain_${linkage}> $<TARGET_FILE:${name}_sve_${linkage}>)
+    endforeach()
+  endforeach()
+endfunction()
