@@ -69,16 +69,13 @@ std::uint8_t literal_and_ordered_fields(std::uint32_t word) {
   if ((word & 0x3b000000) == 0x18000000) {
     return pc_relative_of(word) == pc_relative::prefetch || bit(word, 26) ? none : t;
   }
-  if ((word & 0xfb200c00) == 0x19000400) {
-    return tnm;  // CPY, SET
-  }
   if ((word & 0x3b200c00) == 0x19000000) {
     return bit(word, 26) ? n : tn;  // LDAPUR, STLUR
   }
   if ((word & 0xff200000) == 0xd9200000) {
     return tn;  // tags
   }
-  return tnm;
+  return tnm;  // CPY, SET, 128-bit atomics, LDIAPP, STILP
 }
 
 std::uint8_t memory_fields(std::uint32_t word) {
