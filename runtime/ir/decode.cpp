@@ -1,7 +1,5 @@
 #include "runtime/ir/decode.h"
 
-#include <bit>
-
 #include "runtime/ir/encode.h"
 
 namespace ir {

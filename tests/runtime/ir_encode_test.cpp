@@ -42,6 +42,7 @@ constexpr unsigned registers[] = {0, 1, 2, 7, 15, 16, 27, 28, 30, 31};
 
 void check(const std::vector<sample>& samples) {
   std::vector<std::uint32_t> words;
+  words.reserve(samples.size());
   for (const sample& s : samples) {
     words.push_back(s.word);
   }
@@ -182,7 +183,7 @@ TEST(encode, pairs) {
   std::vector<sample> samples;
   for (const row& r : rows) {
     for (const unsigned rt : registers) {
-      for (const int units : {-64, -1, 0, 1, 63}) {
+      for (const std::int64_t units : {-64, -1, 0, 1, 63}) {
         const unsigned rt2 = rt ^ 1;
         samples.push_back({r.encode(rt, rt2, 27, units * r.size),
                            std::string(r.name) + " " + r.text(rt) + ", " + r.text(rt2) + ", " +

@@ -24,7 +24,7 @@ struct list_test : testing::Test {
   ~list_test() override { ir::dispose(memory); }
 
   instr_t* original(std::uint32_t word, unsigned index) {
-    instr_t* const instr = ir::new_original(memory, word, code + 4 * index);
+    instr_t* const instr = ir::new_original(memory, word, code + std::size_t{4} * index);
     ir::append(list, instr);
     return instr;
   }
