@@ -9,7 +9,7 @@ namespace fast {
 
 // Elements of type T that a pattern names, times the multiplier.
 template <class T> inline uint64_t element_count(unsigned pattern, unsigned multiplier) {
-  return uint64_t{pattern_counts<elements<T>>[pattern]} * multiplier;
+  return uint64_t{pattern_counts<elements<T>>.of[pattern]} * multiplier;
 }
 
 // Rdn op the count of elements of type T.

@@ -29,7 +29,8 @@ template <class T> inline unsigned elements_below(T first, T end, unsigned n) {
 template <class T> inline unsigned elements_through(T first, T last, unsigned n) {
   const T left = last - first;
   const unsigned count = left < n ? static_cast<unsigned>(left) + 1 : n;
-  return last == std::numeric_limits<T>::max() ? n : first <= last ? (count < n ? count : n) : 0;
+  const unsigned until_last = first <= last ? count : 0;
+  return last == std::numeric_limits<T>::max() ? n : until_last;
 }
 
 inline constexpr auto while_below = [](auto first, auto end, unsigned n) {

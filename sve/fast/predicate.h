@@ -59,7 +59,7 @@ inline aarch64_decode_rc sve_pfalse_p(cpu_state* state, aarch64_p_reg pd) {
 // PTRUE: as many elements as the pattern names. The size is pd.kind.
 inline aarch64_decode_rc sve_ptrue_pi(cpu_state* state, aarch64_p_reg pd, unsigned pattern) {
   fast::by_size(pd.kind, [&]<class T>() {
-    const T count = fast::pattern_counts<fast::elements<T>>[pattern];
+    const T count = fast::pattern_counts<fast::elements<T>>.of[pattern];
     fast::store_predicate<T>(state->p[pd.index],
                              fast::as_unsigned(fast::iota<T> < fast::broadcast(count)));
   });
@@ -78,6 +78,7 @@ inline aarch64_decode_rc sve_ptest_pp(cpu_state* state, aarch64_p_reg pg, aarch6
 inline aarch64_decode_rc sve_pnext_pp(cpu_state* state, aarch64_p_reg pdn, aarch64_p_reg pg) {
   fast::by_size(pdn.dn_kind2, [&]<class T>() {
     fast::predicate_bits passed = fast::element_bits_of<T>(state->p[pdn.index]);
+#pragma GCC unroll 4
     for (unsigned distance = 8 * sizeof(T); distance < 8 * vector_bytes; distance *= 2)
       passed |= passed >> distance;
     const auto left = fast::element_bits_of<T>(state->p[pg.index]) & ~passed;

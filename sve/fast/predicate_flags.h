@@ -28,9 +28,10 @@ template <class T> inline predicate_bits element_bits_of(const void* slot) {
 inline predicate_bits lowest_bit(predicate_bits bits) { return bits & -bits; }
 
 // Whether the highest bit of the mask is one of the bits; false for an empty mask. The greater of
-// two disjoint numbers has the highest bit of both.
+// two disjoint numbers has the highest bit of both, and a borrow tells without a branch.
 inline bool has_highest_bit(predicate_bits mask, predicate_bits bits) {
-  return (mask & bits) > (mask & ~bits);
+  predicate_bits difference;
+  return __builtin_sub_overflow(mask & ~bits, mask & bits, &difference);
 }
 
 // Sets N, Z and C, clears V and keeps all else of nzcv.

@@ -1,8 +1,6 @@
 // How many elements a predicate constraint names.
 #pragma once
 
-#include <array>
-
 namespace fast {
 
 inline constexpr unsigned patterns = 32;
@@ -24,11 +22,14 @@ constexpr unsigned pattern_count(unsigned pattern, unsigned n) {
 }
 
 // The same for one n, ready made.
+struct PatternCounts {
+  unsigned char of[patterns];
+};
 template <unsigned n>
-inline constexpr std::array<unsigned char, patterns> pattern_counts = [] {
-  std::array<unsigned char, patterns> counts{};
+inline constexpr PatternCounts pattern_counts = [] {
+  PatternCounts counts{};
   for (unsigned pattern = 0; pattern < patterns; pattern++)
-    counts[pattern] = static_cast<unsigned char>(pattern_count(pattern, n));
+    counts.of[pattern] = static_cast<unsigned char>(pattern_count(pattern, n));
   return counts;
 }();
 

@@ -73,9 +73,11 @@ template <class Function> inline auto by_wide_size(uint32_t size, Function funct
   return function.template operator()<uint32_t>();
 }
 
-// General registers: number 31 reads as zero and is not written.
+// General registers: number 31 reads as zero and is not written. The read of slot 31, which is SP,
+// spares a branch.
 inline uint64_t read(const cpu_state* state, aarch64_i_reg reg) {
-  return reg.index == 31 ? 0 : state->x[reg.index];
+  const uint64_t value = state->x[reg.index];
+  return reg.index == 31 ? 0 : value;
 }
 
 inline void write(cpu_state* state, aarch64_i_reg reg, uint64_t value) {
