@@ -1,11 +1,17 @@
 #include "sve/fp/add_mul.h"
 
+#include <algorithm>
+#include <cstdlib>
+
 #include "sve/fp/steps.h"
 
 namespace {
 
 using fp::Unpacked;
 using fp::Wide;
+
+// The special cases unpack their operands again: unpacked values handed on would live in memory
+// on the way of ordinary ones too.
 
 template <FPBits T> T invalid(int& flags) {
   flags |= FPSCR_IOC;
@@ -20,25 +26,28 @@ template <typename M> struct Sum {
 };
 
 /// Brings x and y to the larger exponent and adds them with their signs. The smaller one keeps
-/// what it loses as a sticky bit.
-template <typename M> Sum<M> add_aligned(const Sum<M>& x, const Sum<M>& y) {
-  M a = x.magnitude, b = y.magnitude;
-  int exponent = x.exponent;
-  if (x.exponent >= y.exponent) {
-    b = fp::shift_right_sticky(b, x.exponent - y.exponent);
-  } else {
-    a = fp::shift_right_sticky(a, y.exponent - x.exponent);
-    exponent = y.exponent;
-  }
-  if (x.sign == y.sign)
-    return {x.sign, exponent, M(a + b)};
-  if (a >= b)
-    return {x.sign, exponent, M(a - b)};
-  return {y.sign, exponent, M(b - a)};
+/// what it loses as a sticky bit. The top bits of both magnitudes are clear. Signs and order of
+/// real operands follow no pattern, so nothing here branches on them.
+template <typename M> [[gnu::always_inline]] inline Sum<M> add_aligned(Sum<M> x, Sum<M> y) {
+  const int differ = x.sign ^ y.sign;
+  const bool swap = x.exponent < y.exponent;
+  const M exchanged = M((x.magnitude ^ y.magnitude) & M(-M(swap)));
+  const M larger = M(x.magnitude ^ exchanged);
+  const M aligned =
+      fp::shift_right_sticky(M(y.magnitude ^ exchanged), std::abs(x.exponent - y.exponent));
+  const M negate = M(-M(differ));
+  const M total = M(larger + M(M(aligned ^ negate) - negate));
+  const int below_zero = differ & static_cast<int>(total >> (fp::bits_of<M> - 1));
+  const M negate_total = M(-M(below_zero));
+  return {x.sign ^ (differ & swap) ^ below_zero, std::max(x.exponent, y.exponent),
+          M(M(total ^ negate_total) - negate_total)};
 }
 
 template <FPBits T>
-T add_special(T op1, T op2, const Unpacked<T>& a, const Unpacked<T>& b, int mode, int& flags) {
+[[gnu::noinline]] T add_special(T op1, T op2, int negate, int mode, int& flags) {
+  const Unpacked<T> a = fp_unpack(op1, mode, flags);
+  Unpacked<T> b = fp_unpack(op2, mode, flags);
+  b.sign ^= negate;
   if (const T nan = fp_process_nans(op1, op2, mode, flags))
     return nan;
   if (a.is_infinite() && b.is_infinite() && a.sign != b.sign)
@@ -53,7 +62,7 @@ template <FPBits T> T add(T op1, T op2, int negate, int mode, int& flags) {
   Unpacked<T> b = fp_unpack(op2, mode, flags);
   b.sign ^= negate;
   if (a.is_special() || b.is_special()) [[unlikely]]
-    return add_special(op1, op2, a, b, mode, flags);
+    return add_special(op1, op2, negate, mode, flags);
   if (a.is_zero() && b.is_zero() && a.sign == b.sign)
     return F::with_sign(a.sign, 0);
 
@@ -76,9 +85,10 @@ template <FPBits T> T add_or_subtract(T op1, T op2, int negate, FPSCR& fpscr) {
 }
 
 template <FPBits T>
-T multiply_special(T op1, T op2, const Unpacked<T>& a, const Unpacked<T>& b, bool extended,
-                   int mode, int& flags) {
+[[gnu::noinline]] T multiply_special(T op1, T op2, bool extended, int mode, int& flags) {
   using F = FPFormat<T>;
+  const Unpacked<T> a = fp_unpack(op1, mode, flags);
+  const Unpacked<T> b = fp_unpack(op2, mode, flags);
   if (const T nan = fp_process_nans(op1, op2, mode, flags))
     return nan;
   const int sign = a.sign ^ b.sign;
@@ -97,7 +107,7 @@ template <FPBits T> T multiply(T op1, T op2, bool extended, FPSCR& fpscr) {
   const int sign = a.sign ^ b.sign;
   T result;
   if (a.is_special() || b.is_special()) [[unlikely]] {
-    result = multiply_special(op1, op2, a, b, extended, mode, flags);
+    result = multiply_special(op1, op2, extended, mode, flags);
   } else if (a.is_zero() || b.is_zero()) {
     result = F::with_sign(sign, 0);
   } else {
@@ -111,9 +121,11 @@ template <FPBits T> T multiply(T op1, T op2, bool extended, FPSCR& fpscr) {
 }
 
 template <FPBits T>
-T muladd_special(T op_a, T op_b, T op_c, const Unpacked<T>& a, const Unpacked<T>& b,
-                 const Unpacked<T>& c, int mode, int& flags) {
+[[gnu::noinline]] T muladd_special(T op_a, T op_b, T op_c, int mode, int& flags) {
   using F = FPFormat<T>;
+  const Unpacked<T> a = fp_unpack(op_a, mode, flags);
+  const Unpacked<T> b = fp_unpack(op_b, mode, flags);
+  const Unpacked<T> c = fp_unpack(op_c, mode, flags);
   const bool infinity_times_zero =
       (b.is_infinite() && c.is_zero()) || (b.is_zero() && c.is_infinite());
   const T nan = fp_process_nans3(op_a, op_b, op_c, mode, flags);
@@ -138,7 +150,7 @@ template <FPBits T> T fp_muladd(T op_a, T op_b, T op_c, int scale, int mode, int
   const Unpacked<T> b = fp_unpack(op_b, mode, *flags);
   const Unpacked<T> c = fp_unpack(op_c, mode, *flags);
   if (a.is_special() || b.is_special() || c.is_special()) [[unlikely]]
-    return muladd_special(op_a, op_b, op_c, a, b, c, mode, *flags);
+    return muladd_special(op_a, op_b, op_c, mode, *flags);
   const int product_sign = b.sign ^ c.sign;
   const bool zero_product = b.is_zero() || c.is_zero();
   if (a.is_zero() && zero_product && a.sign == product_sign)

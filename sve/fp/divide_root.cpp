@@ -1,5 +1,7 @@
 #include "sve/fp/divide_root.h"
 
+#include <algorithm>
+
 #include "sve/fp/estimate_table.h"
 #include "sve/fp/steps.h"
 
@@ -46,23 +48,26 @@ template <FPBits T> T divide(T op1, T op2, int mode, int& flags) {
   return divide_finite(a, b, mode, flags);
 }
 
-/// The root of x / 2^64, times 2^64, to about 57 bits. x is at least 2^62.
+/// The root of x / 2^64 with `bits` bits, within a few units. x is at least 2^62.
 ///
-/// Two Newton steps take the 8 bits of the reciprocal root in the table to 30, in 31-bit fixed
-/// point; the root made from that is then corrected once by its exact residue.
-std::uint64_t estimate_root(std::uint64_t x) {
+/// Each Newton step doubles the 8 bits of the table's reciprocal root, in 31-bit fixed point. Two
+/// serve up to single precision; for more, the root is corrected once by its exact residue.
+template <int bits> std::uint64_t estimate_root(std::uint64_t x) {
   std::uint64_t reciprocal = fp::reciprocal_root_of_9_bits(static_cast<unsigned>(x >> 55));
   reciprocal <<= 31 - 8;
   const std::uint64_t x32 = x >> 32;
-  for (int step = 0; step < 2; ++step) {
+  for (int known = 7; known < std::min(bits, 28); known *= 2) {
     const std::uint64_t product = ((reciprocal * reciprocal) >> 31) * x32;  // near 2^63
     const std::uint64_t factor = (std::uint64_t{3} << 62) - (product >> 1);
     reciprocal = (reciprocal * (factor >> 32)) >> 31;
   }
   const std::uint64_t root = (x32 * reciprocal) >> 32;
+  if constexpr (bits < 28)
+    return root >> (31 - bits);
+  // Unsigned on purpose: the products wrap, the residue is small.
   const auto residue = static_cast<std::int64_t>(x - ((root * root) << 2));
   const int128 correction = (int128{residue} * static_cast<std::int64_t>(reciprocal)) >> 32;
-  return (root << 33) + static_cast<std::uint64_t>(correction);
+  return ((root << 33) + static_cast<std::uint64_t>(correction)) >> (64 - bits);
 }
 
 /// The root of a positive finite value, rounded.
@@ -73,15 +78,16 @@ template <FPBits T> T root_finite(Unpacked<T> a, int mode, int& flags) {
   const int unbiased = a.exponent + 63 - F::fraction_bits - F::bias;
   const std::uint64_t x = mantissa >> (unbiased & 1 ? 0 : 1);
 
-  // The exact test makes the root the truncated one, whatever the estimate missed.
-  const uint128 target = (uint128{x} << 64) >> (128 - 2 * root_bits);
-  std::uint64_t root = estimate_root(x) >> (64 - root_bits);
-  while (uint128{root} * root > target)
-    --root;
-  while (uint128{root + 1} * (root + 1) <= target)
-    ++root;
-  const bool inexact = uint128{root} * root != target;
-  const std::uint64_t top = (root << (64 - root_bits)) | inexact;
+  // The exact test makes the root the truncated one, whatever the estimate missed: what is left
+  // lies from 0 to twice the root. It is small, so its low 64 bits tell it.
+  const auto target = static_cast<std::uint64_t>((uint128{x} << 64) >> (128 - 2 * root_bits));
+  std::uint64_t root = estimate_root<root_bits>(x);
+  auto left = static_cast<std::int64_t>(target - root * root);
+  for (; left < 0; --root)
+    left += static_cast<std::int64_t>(2 * root - 1);
+  for (; left > static_cast<std::int64_t>(2 * root); ++root)
+    left -= static_cast<std::int64_t>(2 * root + 1);
+  const std::uint64_t top = (root << (64 - root_bits)) | (left != 0);
   return fp::normalise_and_round<T>(0, F::bias + (unbiased >> 1), top, mode & fp::mode_rounding,
                                     mode, &flags);
 }

@@ -3,8 +3,12 @@
 //
 // Mode word: the control bits on their way to the steps. Flag word: the exceptions on their way
 // back, with the values of the flags in FPSCR; an operation ORs it into the word at its end.
+//
+// Steps on the way of ordinary values are always inlined: their results are small structures that
+// a call would pass through memory.
 #pragma once
 
+#include <algorithm>
 #include <bit>
 #include <type_traits>
 
@@ -41,13 +45,23 @@ template <typename M> constexpr int leading_zeros(M value) {
   }
 }
 
-/// `value` shifted right, every bit shifted out ORed into bit 0.
+/// `value` shifted right by 0 or more, every bit shifted out ORed into bit 0.
 template <typename M> constexpr M shift_right_sticky(M value, int shift) {
-  if (shift == 0)
-    return value;
-  if (shift >= bits_of<M>)
-    return M(value != 0);
-  return M(M(value >> shift) | M(M(value << (bits_of<M> - shift)) != 0));
+  // A shift by all bits but one leaves at most bit 0, which the sticky bit then is.
+  shift = std::min(shift, bits_of<M> - 1);
+  const M shifted = M(value >> shift);
+  return M(shifted | M(M(shifted << shift) != value));
+}
+
+/// The same for two words. Variable shifts across words are slow, and most stay within one.
+constexpr uint128 shift_right_sticky(uint128 value, int shift) {
+  const auto high = static_cast<std::uint64_t>(value >> 64);
+  const auto low = static_cast<std::uint64_t>(value);
+  if (shift >= 64) [[unlikely]]
+    return shift_right_sticky(high, shift - 64) | (low != 0);
+  const std::uint64_t lost = low << 1 << (63 - shift);
+  const std::uint64_t shifted = (high << 1 << (63 - shift)) | (low >> shift);
+  return uint128{high >> shift} << 64 | shifted | (lost != 0);
 }
 
 /// Whether a magnitude goes up to the next integer. `error` is what lies below the unit: bit 1 is
@@ -100,7 +114,8 @@ template <FPBits T> struct Unpacked {
 
 /// Sign, exponent and mantissa of an operand. A denormal that the mode flushes comes out with
 /// mantissa 0, with IDC in the flag word for single and double; half never raises IDC.
-template <FPBits T> inline fp::Unpacked<T> fp_unpack(T op, int mode, int& flags) {
+template <FPBits T>
+[[gnu::always_inline]] inline fp::Unpacked<T> fp_unpack(T op, int mode, int& flags) {
   using F = FPFormat<T>;
   fp::Unpacked<T> result{static_cast<int>(op >> (F::width - 1)),
                          static_cast<int>(op >> F::fraction_bits) & F::infinite_exponent,
@@ -168,7 +183,8 @@ template <FPBits T> constexpr T fp_process_nans3(T op1, T op2, T op3, int mode, 
 /// number, of any size; `mantissa` holds its fraction left-aligned, the hidden bit shifted out and
 /// everything below the container in bit 0. Underflow is decided before rounding.
 template <FPBits T>
-T fp_round(int sign, int exponent, T mantissa, int rounding, int mode, int* flags) {
+[[gnu::always_inline]] inline T fp_round(int sign, int exponent, T mantissa, int rounding, int mode,
+                                         int* flags) {
   using F = FPFormat<T>;
   // Half precision works in 32 bits, to keep clear of the promotion to int.
   using Register = std::conditional_t<sizeof(T) == 8, std::uint64_t, std::uint32_t>;
@@ -213,8 +229,7 @@ T fp_round(int sign, int exponent, T mantissa, int rounding, int mode, int* flag
     return F::with_sign(sign, fp::overflows_to_infinity(rounding, sign) ? F::infinity
                                                                         : F::largest_normal);
   }
-  if (error)
-    *flags |= FPSCR_IXC;
+  *flags |= error ? FPSCR_IXC : 0;
   return F::with_sign(sign, T(value));
 }
 
@@ -253,13 +268,37 @@ template <FPBits T> constexpr Wide<T> mantissa_product(T a, T b) {
     return Wide<T>{a} * b;
 }
 
+/// A non-zero mantissa with its top bit shifted out of its container M, folded to T with the rest
+/// in bit 0. `exponent` falls by the shift that brought the top bit to the top.
+template <FPBits T, typename M>
+[[gnu::always_inline]] inline T normalise_and_fold(M mantissa, int& exponent) {
+  mantissa = M(fp_normalise(mantissa, exponent) << 1);
+  return T(shift_right_sticky(mantissa, bits_of<M> - bits_of<T>));
+}
+
+/// The same for two words.
+template <>
+[[gnu::always_inline]] inline std::uint64_t normalise_and_fold(uint128 mantissa, int& exponent) {
+  auto high = static_cast<std::uint64_t>(mantissa >> 64);
+  auto low = static_cast<std::uint64_t>(mantissa);
+  if (high == 0) [[unlikely]] {
+    exponent -= 64;
+    high = low;
+    low = 0;
+  }
+  const int shift = leading_zeros(high);
+  exponent -= shift;
+  const std::uint64_t lost = low << shift << 1;
+  return (high << shift << 1) | (low >> (63 - shift)) | (lost != 0);
+}
+
 /// Normalises a non-zero mantissa in its container M, folds it to the rounder's width and rounds.
 /// `exponent` is the biased exponent that the container's top bit stands for.
 template <FPBits T, typename M>
-T normalise_and_round(int sign, int exponent, M mantissa, int rounding, int mode, int* flags) {
-  constexpr int folded = bits_of<M> - bits_of<T>;
-  mantissa = M(fp_normalise(mantissa, exponent) << 1);
-  return fp_round(sign, exponent, T(shift_right_sticky(mantissa, folded)), rounding, mode, flags);
+[[gnu::always_inline]] inline T normalise_and_round(int sign, int exponent, M mantissa,
+                                                    int rounding, int mode, int* flags) {
+  const T fraction = normalise_and_fold<T>(mantissa, exponent);
+  return fp_round(sign, exponent, fraction, rounding, mode, flags);
 }
 
 }  // namespace fp
