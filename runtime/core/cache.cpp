@@ -1,0 +1,204 @@
+#include "runtime/core/cache.h"
+
+#include <sys/mman.h>
+
+#include <algorithm>
+#include <cstring>
+
+#include "runtime/core/entry.h"
+#include "runtime/core/fatal.h"
+#include "runtime/ir/encode.h"
+#include "runtime/ir/mov_immediate.h"
+
+namespace core {
+
+namespace enc = ir::enc;
+
+namespace {
+
+constexpr size_t kTableEntries = size_t{1} << kLookupBits;
+constexpr size_t kTableBytes = kTableEntries * sizeof(LookupEntry);
+constexpr size_t kFirstIndexSize = 1024;
+
+// All zero but the first entry: an entry of tag 0 could only be hit through index 0, which holds a
+// tag that belongs to index 1.
+constexpr uint64_t kTagOfNoFragment = 4;
+LookupEntry empty_table[kTableEntries] = {{kTagOfNoFragment, 0}};
+
+size_t hash(uint64_t tag) { return (tag >> 2) * 0x9e3779b97f4a7c15U >> 20; }
+
+void insert_index(Cache& cache, uint64_t tag, uint32_t number) {
+  const size_t mask = cache.index.size() - 1;
+  size_t slot = hash(tag) & mask;
+  while (cache.index[slot] != 0) {
+    slot = (slot + 1) & mask;
+  }
+  cache.index[slot] = number + 1;
+}
+
+void grow_index(Cache& cache) {
+  cache.index.assign(cache.index.size() * 2, 0);
+  for (uint32_t number = 0; number < cache.fragments.size(); ++number) {
+    insert_index(cache, cache.fragments[number].tag, number);
+  }
+}
+
+void clear_table(Cache& cache) {
+  if (mmap(cache.table, kTableBytes, PROT_READ | PROT_WRITE,
+           MAP_PRIVATE | MAP_ANONYMOUS | MAP_NORESERVE | MAP_FIXED, -1, 0) == MAP_FAILED) {
+    fatal("no memory for the look-up table");
+  }
+  cache.table[0].tag = kTagOfNoFragment;
+}
+
+// The routines that all exits share: a jump to an address out of a branch's reach.
+uint32_t emit_jump(Cache& cache, unsigned scratch, uint64_t target) {
+  const uint32_t at = cache.cursor;
+  uint32_t* code = code_at(cache, at);
+  const unsigned length = ir::mov_immediate(scratch, target, code);
+  code[length] = enc::br(scratch);
+  cache.cursor += (length + 1) * 4;
+  return at;
+}
+
+void patch(Cache& cache, uint32_t site, uint32_t target) {
+  CacheWriter writer(cache, site, site + 4);
+  // One store, so that a processor fetches either the old branch or the new one.
+  __atomic_store_n(code_at(cache, site),
+                   enc::b(int64_t{target} - int64_t{site}),
+                   __ATOMIC_RELAXED);
+}
+
+}  // namespace
+
+const LookupEntry* empty_lookup_table() { return empty_table; }
+
+CacheWriter::CacheWriter(Cache& cache, uint32_t begin, uint32_t end)
+    : cache_(cache), begin_(begin), end_(end) {
+  if (cache.toggles) {
+    mprotect(cache.base, cache.size, PROT_READ | PROT_WRITE);
+  }
+}
+
+CacheWriter::~CacheWriter() {
+  if (cache_.toggles) {
+    mprotect(cache_.base, cache_.size, PROT_READ | PROT_EXEC);
+  }
+  char* base = reinterpret_cast<char*>(cache_.base);
+  __builtin___clear_cache(base + begin_, base + end_);
+}
+
+Cache* create_cache() {
+  const int flags = MAP_PRIVATE | MAP_ANONYMOUS | MAP_NORESERVE;
+  bool toggles = false;
+  void* code = mmap(nullptr, kCacheSize, PROT_READ | PROT_WRITE | PROT_EXEC, flags, -1, 0);
+  if (code == MAP_FAILED) {
+    toggles = true;
+    code = mmap(nullptr, kCacheSize, PROT_READ | PROT_WRITE, flags, -1, 0);
+  }
+  void* table = mmap(nullptr, kTableBytes, PROT_READ | PROT_WRITE, flags, -1, 0);
+  if (code == MAP_FAILED || table == MAP_FAILED) {
+    fatal("no memory for a code cache");
+  }
+  auto* cache = new Cache{};
+  cache->base = static_cast<unsigned char*>(code);
+  cache->size = kCacheSize;
+  cache->toggles = toggles;
+  cache->table = static_cast<LookupEntry*>(table);
+  cache->table[0].tag = kTagOfNoFragment;
+  cache->index.assign(kFirstIndexSize, 0);
+  CacheWriter writer(*cache, 0, 64);
+  cache->cursor = 16;  // an exit's site is never 0
+  cache->leave = emit_jump(*cache, 1, reinterpret_cast<uint64_t>(&core_leave));
+  cache->miss = emit_jump(*cache, 2, reinterpret_cast<uint64_t>(&core_leave_indirect));
+  cache->first_fragment = cache->cursor;
+  return cache;
+}
+
+void destroy_cache(Cache* cache) {
+  munmap(cache->base, cache->size);
+  munmap(cache->table, kTableBytes);
+  delete cache;
+}
+
+void flush_cache(Cache& cache) {
+  cache.cursor = cache.first_fragment;
+  cache.fragments.clear();
+  cache.exits.clear();
+  cache.places.clear();
+  cache.calls.clear();
+  cache.index.assign(kFirstIndexSize, 0);
+  clear_table(cache);
+}
+
+Fragment* find_fragment(Cache& cache, uint64_t tag) {
+  const size_t mask = cache.index.size() - 1;
+  for (size_t slot = hash(tag) & mask; cache.index[slot] != 0; slot = (slot + 1) & mask) {
+    Fragment& fragment = cache.fragments[cache.index[slot] - 1];
+    if (fragment.tag == tag) {
+      return &fragment;
+    }
+  }
+  return nullptr;
+}
+
+Fragment* fragment_holding(Cache& cache, uint64_t code) {
+  if (!in_cache(cache, code)) {
+    return nullptr;
+  }
+  const auto offset = static_cast<uint32_t>(code - reinterpret_cast<uint64_t>(cache.base));
+  auto next =
+      std::upper_bound(cache.fragments.begin(), cache.fragments.end(), offset,
+                       [](uint32_t at, const Fragment& fragment) { return at < fragment.begin; });
+  if (next == cache.fragments.begin() || offset >= (next - 1)->end) {
+    return nullptr;
+  }
+  return &*(next - 1);
+}
+
+void add_fragment(Cache& cache, const Fragment& fragment) {
+  if (cache.fragments.size() * 2 >= cache.index.size()) {
+    grow_index(cache);
+  }
+  cache.fragments.push_back(fragment);
+  insert_index(cache, fragment.tag, static_cast<uint32_t>(cache.fragments.size() - 1));
+}
+
+void link_exit(Cache& cache, Exit& exit, const Fragment& target) {
+  if (exit.site != 0 && !exit.linked) {
+    exit.linked = true;
+    patch(cache, exit.site, target.begin + 4);
+  }
+}
+
+void unlink_exits(Cache& cache, const Fragment& fragment) {
+  for (uint32_t number = 0; number < fragment.exit_count; ++number) {
+    Exit& exit = cache.exits[fragment.first_exit + number];
+    if (exit.linked) {
+      exit.linked = false;
+      patch(cache, exit.site, exit.stub);
+    }
+  }
+}
+
+void add_to_table(Cache& cache, const Fragment& fragment) {
+  LookupEntry& entry = cache.table[(fragment.tag >> 2) & (kTableEntries - 1)];
+  entry = {fragment.tag, reinterpret_cast<uint64_t>(cache.base) + fragment.begin};
+}
+
+uint64_t prepare_replay(Cache& cache, const CallSite& call) {
+  // The call's own `MOV SP, X26` is left out: the callee may have changed X26.
+  const uint32_t from = call.return_offset + 4;
+  const uint32_t length = std::min(call.end - from, kReplayRoom - 64);
+  const uint32_t start = cache.size - kReplayRoom;
+  CacheWriter writer(cache, start, cache.size);
+  uint32_t* code = code_at(cache, start);
+  std::memcpy(code, code_at(cache, from), length);
+  uint32_t* end = code + length / 4;
+  *end++ = enc::stp_x(0, 1, kStolenRegister, CTX_EXIT_X0);
+  end += ir::mov_immediate(0, EXIT_NONE, end);
+  *end = enc::b(int64_t{cache.leave} - (reinterpret_cast<unsigned char*>(end) - cache.base));
+  return reinterpret_cast<uint64_t>(code);
+}
+
+}  // namespace core

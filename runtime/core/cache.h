@@ -1,0 +1,117 @@
+// A thread's private code cache: fragments, their exits, and the maps back to the application.
+//
+//   base                                                            limit
+//   | leave | miss | fragment | fragment | ...            | cursor ... |
+//
+//   fragment:  head    LDR X2, slot        look-up and dispatcher enter here
+//              body    ...                 direct links enter here
+//              site    B stub              patched to B body-of-target when linked
+//              stub    STP X0, X1; X0 = number; B leave
+#pragma once
+
+#include <cstdint>
+#include <vector>
+
+#include "runtime/core/context.h"
+
+namespace core {
+
+enum class ExitKind : uint8_t { direct, system_call, code_changed };
+
+struct Exit {
+  uint64_t target;  // application address behind the exit
+  uint32_t site;    // offset of the branch to patch, 0 if the exit is never linked
+  uint32_t stub;    // offset of the stub
+  ExitKind kind;
+  bool linked;
+};
+
+// Where an application instruction stands in a fragment. At that place the application's value of
+// the scratch register is in Context::mangle_save, and with kScratchPair that of the register behind
+// it in Context::mangle_save2; kNoScratch if there is none.
+struct Place {
+  uint16_t code_word;  // from the fragment's beginning
+  uint8_t app_word;    // from the fragment's tag
+  uint8_t scratch;
+};
+inline constexpr uint8_t kNoScratch = 31;
+inline constexpr uint8_t kScratchPair = 32;
+
+// A clean call. After a fault in the callee, the code from `return_offset` to `end` gives the
+// registers back as they were in front of the application's instruction.
+struct CallSite {
+  uint64_t pc;
+  uint32_t return_offset;
+  uint32_t end;
+};
+
+struct Fragment {
+  uint64_t tag;
+  uint32_t begin, end;
+  uint32_t first_exit, first_place, first_call;
+  uint32_t lookup;  // where an interrupted inline look-up starts again, 0 if there is none
+  uint16_t exit_count, place_count, call_count;
+};
+
+struct Cache {
+  unsigned char* base;
+  uint32_t size;
+  uint32_t cursor;
+  bool toggles;  // the host refuses writable and executable memory: switch between the two
+  uint32_t leave, miss, first_fragment;
+  std::vector<Fragment> fragments;  // by ascending `begin`
+  std::vector<Exit> exits;
+  std::vector<Place> places;
+  std::vector<CallSite> calls;
+  std::vector<uint32_t> index;  // open addressing by tag: fragment number + 1, 0 if free
+  LookupEntry* table;
+  std::vector<uint32_t> words;  // the fragment under construction
+};
+
+inline constexpr uint32_t kCacheSize = 32U << 20;
+// The last bytes of the cache are kept for prepare_replay.
+inline constexpr uint32_t kReplayRoom = 16384;
+
+Cache* create_cache();
+void destroy_cache(Cache* cache);
+// Forgets all fragments. Nothing of the cache may be running.
+void flush_cache(Cache& cache);
+
+// While a writer lives, the cache may be written; at its end the written range is made visible to
+// instruction fetch.
+class CacheWriter {
+public:
+  CacheWriter(Cache& cache, uint32_t begin, uint32_t end);
+  ~CacheWriter();
+  CacheWriter(const CacheWriter&) = delete;
+  CacheWriter& operator=(const CacheWriter&) = delete;
+
+private:
+  Cache& cache_;
+  uint32_t begin_, end_;
+};
+
+inline uint32_t* code_at(Cache& cache, uint32_t offset) {
+  return reinterpret_cast<uint32_t*>(cache.base + offset);
+}
+
+// The fragment for an application address, or the one that holds an address of the cache; null if
+// there is none.
+Fragment* find_fragment(Cache& cache, uint64_t tag);
+Fragment* fragment_holding(Cache& cache, uint64_t code);
+void add_fragment(Cache& cache, const Fragment& fragment);
+inline bool in_cache(const Cache& cache, uint64_t code) {
+  return code - reinterpret_cast<uint64_t>(cache.base) < cache.size;
+}
+
+// Lets an exit go straight to a fragment, or back to its stub.
+void link_exit(Cache& cache, Exit& exit, const Fragment& target);
+void unlink_exits(Cache& cache, const Fragment& fragment);
+// Makes indirect branches find `fragment`.
+void add_to_table(Cache& cache, const Fragment& fragment);
+
+// Copies the code [begin, end) of a clean call's restoring half behind everything else, with an
+// exit to the dispatcher at its end; returns where it starts. For a fault inside a clean call.
+uint64_t prepare_replay(Cache& cache, const CallSite& call);
+
+}  // namespace core

@@ -1,0 +1,20 @@
+// Which pages the application may execute. Its text is mapped without the permission, so that an
+// escape from the code cache is a fault; this table is what the block builder asks instead.
+#pragma once
+
+#include <cstdint>
+
+namespace core {
+
+void allow_execution(uint64_t begin, uint64_t end);
+void forbid_execution(uint64_t begin, uint64_t end);
+// The end of the executable range that holds `pc`, 0 if there is none.
+uint64_t executable_end(uint64_t pc);
+// Whether any page of [begin, end) may be executed.
+bool any_executable(uint64_t begin, uint64_t end);
+
+// The table's lock, to be held over a fork.
+void lock_code_map();
+void unlock_code_map();
+
+}  // namespace core
