@@ -11,18 +11,30 @@ struct Range {
   uint64_t begin, end;
 };
 
-constinit std::mutex map_mutex;
 // Ascending, disjoint, and not touching each other.
-constinit std::vector<Range> ranges;
+struct RangeSet {
+  std::vector<Range> ranges;
 
-// The first range that ends behind `address`.
-std::vector<Range>::iterator first_behind(uint64_t address) {
-  return std::upper_bound(ranges.begin(), ranges.end(), address,
-                          [](uint64_t at, const Range& range) { return at < range.end; });
-}
+  // The first range that ends behind `address`.
+  std::vector<Range>::iterator first_behind(uint64_t address) {
+    return std::upper_bound(ranges.begin(), ranges.end(), address,
+                            [](uint64_t at, const Range& range) { return at < range.end; });
+  }
+  // Cuts [begin, end) out and returns where it would stand.
+  std::vector<Range>::iterator remove(uint64_t begin, uint64_t end);
+  void add(uint64_t begin, uint64_t end);
+  // The end of the range that holds `address`, 0 if there is none.
+  uint64_t end_of_range(uint64_t address) {
+    const auto at = first_behind(address);
+    return at != ranges.end() && at->begin <= address ? at->end : 0;
+  }
+  bool meets(uint64_t begin, uint64_t end) {
+    const auto at = first_behind(begin);
+    return at != ranges.end() && at->begin < end;
+  }
+};
 
-// Cuts [begin, end) out of the table and returns where it would stand.
-std::vector<Range>::iterator cut(uint64_t begin, uint64_t end) {
+std::vector<Range>::iterator RangeSet::remove(uint64_t begin, uint64_t end) {
   auto at = first_behind(begin);
   if (at != ranges.end() && at->begin < begin) {
     const Range behind = {begin, at->end};
@@ -40,11 +52,11 @@ std::vector<Range>::iterator cut(uint64_t begin, uint64_t end) {
   return at;
 }
 
-}  // namespace
-
-void allow_execution(uint64_t begin, uint64_t end) {
-  const std::lock_guard lock(map_mutex);
-  auto at = ranges.insert(cut(begin, end), Range{begin, end});
+void RangeSet::add(uint64_t begin, uint64_t end) {
+  if (begin >= end) {
+    return;
+  }
+  auto at = ranges.insert(remove(begin, end), Range{begin, end});
   if (at + 1 != ranges.end() && (at + 1)->begin == at->end) {
     at->end = (at + 1)->end;
     ranges.erase(at + 1);
@@ -55,21 +67,44 @@ void allow_execution(uint64_t begin, uint64_t end) {
   }
 }
 
+constinit std::mutex map_mutex;
+constinit RangeSet executable;
+constinit RangeSet decoded;
+
+}  // namespace
+
+void allow_execution(uint64_t begin, uint64_t end) {
+  const std::lock_guard lock(map_mutex);
+  executable.add(begin, end);
+}
+
 void forbid_execution(uint64_t begin, uint64_t end) {
   const std::lock_guard lock(map_mutex);
-  cut(begin, end);
+  if (begin < end) {
+    executable.remove(begin, end);
+  }
 }
 
 uint64_t executable_end(uint64_t pc) {
   const std::lock_guard lock(map_mutex);
-  const auto at = first_behind(pc);
-  return at != ranges.end() && at->begin <= pc ? at->end : 0;
+  return executable.end_of_range(pc);
 }
 
-bool any_executable(uint64_t begin, uint64_t end) {
+void note_decoded(uint64_t begin, uint64_t end) {
   const std::lock_guard lock(map_mutex);
-  const auto at = first_behind(begin);
-  return at != ranges.end() && at->begin < end;
+  // Most blocks lie in pages that are known already.
+  if (decoded.end_of_range(begin) < end) {
+    decoded.add(begin, end);
+  }
+}
+
+bool forget_decoded(uint64_t begin, uint64_t end) {
+  const std::lock_guard lock(map_mutex);
+  const bool found = decoded.meets(begin, end);
+  if (found) {
+    decoded.ranges.clear();
+  }
+  return found;
 }
 
 void lock_code_map() { map_mutex.lock(); }

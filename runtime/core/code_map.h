@@ -10,8 +10,12 @@ void allow_execution(uint64_t begin, uint64_t end);
 void forbid_execution(uint64_t begin, uint64_t end);
 // The end of the executable range that holds `pc`, 0 if there is none.
 uint64_t executable_end(uint64_t pc);
-// Whether any page of [begin, end) may be executed.
-bool any_executable(uint64_t begin, uint64_t end);
+
+// Fragments were or will be built from [begin, end).
+void note_decoded(uint64_t begin, uint64_t end);
+// Whether that is so for any byte of [begin, end). If it is, the table forgets all of it: every
+// thread is going to flush its cache.
+bool forget_decoded(uint64_t begin, uint64_t end);
 
 // The table's lock, to be held over a fork.
 void lock_code_map();

@@ -1,0 +1,66 @@
+#include "runtime/core/dispatch.h"
+
+#include "runtime/core/block.h"
+#include "runtime/core/cache.h"
+#include "runtime/core/entry.h"
+
+namespace core {
+namespace {
+
+void flush_if_wanted(Context& context) {
+  if (context.flush_wanted) {
+    context.flush_wanted = false;
+    flush_cache(*context.cache);
+    context.last_exit = EXIT_NONE;
+  }
+}
+
+// Lets the way that led to `fragment` go there directly next time.
+void remember(Context& context, const Fragment& fragment) {
+  if (context.last_exit == EXIT_INDIRECT) {
+    add_to_table(*context.cache, fragment);
+  } else if (context.last_exit != EXIT_NONE) {
+    link_exit(*context.cache, context.cache->exits[context.last_exit], fragment);
+  }
+  context.last_exit = EXIT_NONE;
+}
+
+}  // namespace
+
+Event run(Context& context) {
+  Cache& cache = *context.cache;
+  for (;;) {
+    if (context.pending != 0) {
+      context.last_exit = EXIT_NONE;
+      return Event::interrupted;
+    }
+    flush_if_wanted(context);
+    Fragment* fragment = find_fragment(cache, context.pc);
+    if (fragment == nullptr) {
+      fragment = build_fragment(context);
+    }
+    if (fragment == nullptr) {
+      context.last_exit = EXIT_NONE;
+      return Event::not_executable;
+    }
+    remember(context, *fragment);
+    context.lookup_table = cache.table;
+    const uint64_t head = reinterpret_cast<uint64_t>(cache.base) + fragment->begin;
+    const auto number = static_cast<uint32_t>(core_enter(&context, head));
+    if (number == EXIT_NONE) {
+      continue;
+    }
+    context.last_exit = number;
+    if (number == EXIT_INDIRECT) {
+      continue;
+    }
+    const Exit& exit = cache.exits[number];
+    context.pc = exit.target;
+    if (exit.kind != ExitKind::direct) {
+      context.last_exit = EXIT_NONE;
+      return exit.kind == ExitKind::system_call ? Event::system_call : Event::code_changed;
+    }
+  }
+}
+
+}  // namespace core

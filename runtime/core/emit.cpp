@@ -1,0 +1,379 @@
+// The rewriting of the application's instructions. X28 is the thread's context in everything that
+// is emitted; what the application knows as X28 is a field of it.
+#include "runtime/core/emit.h"
+
+#include "runtime/ir/decode.h"
+#include "runtime/ir/encode.h"
+#include "runtime/ir/mov_immediate.h"
+
+namespace core {
+
+namespace enc = ir::enc;
+
+namespace {
+
+constexpr unsigned kStolenValue = CTX_X + kStolenRegister * 8;
+constexpr unsigned kLinkRegister = 30;
+constexpr unsigned kFramePointer = 29;
+constexpr unsigned kAnyRegister = 31;  // "T = 31": the zero register
+
+void emit_constant(Emitter& to, unsigned reg, uint64_t value) {
+  uint32_t words[ir::mov_immediate_max];
+  const unsigned length = ir::mov_immediate(reg, value, words);
+  to.words.insert(to.words.end(), words, words + length);
+}
+
+void load_field(Emitter& to, unsigned reg, unsigned field) {
+  to.emit(enc::ldr_x(reg, kStolenRegister, field));
+}
+
+void store_field(Emitter& to, unsigned reg, unsigned field) {
+  to.emit(enc::str_x(reg, kStolenRegister, field));
+}
+
+// Notes that the application's instruction at `pc` is the next word.
+void mark(Emitter& to, uint64_t pc, unsigned scratch = kNoScratch) {
+  to.cache.places.push_back({static_cast<uint16_t>(to.words.size()),
+                             static_cast<uint8_t>((pc - to.fragment.tag) / 4),
+                             static_cast<uint8_t>(scratch)});
+}
+
+// ---- instructions that name X28 -----------------------------------------------------------------
+
+//   STR Xs, save        s: the lowest register that the word does not name
+//   LDR Xs, stolen      (and MOV Xs+1, X29 for a pair that begins with X28)
+//   word with s in the place of X28
+//   STR Xs, stolen      always: whether the word reads or writes X28 does not matter
+//   LDR Xs, save
+void emit_with_scratch(Emitter& to, uint32_t word, uint64_t pc) {
+  const unsigned scratch = ir::lowest_unused_reg(word);
+  const bool pair = ir::is_casp(word);
+  store_field(to, scratch, CTX_MANGLE_SAVE);
+  load_field(to, scratch, kStolenValue);
+  if (pair) {
+    store_field(to, scratch + 1, CTX_MANGLE_SAVE2);
+    to.emit(enc::mov_reg(scratch + 1, kFramePointer));
+  }
+  mark(to, pc, pair ? scratch | kScratchPair : scratch);
+  to.emit(ir::replace_reg(word, kStolenRegister, scratch));
+  store_field(to, scratch, kStolenValue);
+  load_field(to, scratch, CTX_MANGLE_SAVE);
+  if (pair) {
+    to.emit(enc::mov_reg(kFramePointer, scratch + 1));
+    load_field(to, scratch + 1, CTX_MANGLE_SAVE2);
+  }
+}
+
+void emit_plain(Emitter& to, uint32_t word, uint64_t pc) {
+  if (ir::uses_reg(word, kStolenRegister)) {
+    emit_with_scratch(to, word, pc);
+  } else {
+    mark(to, pc);
+    to.emit(word);
+  }
+}
+
+// ---- constants in the place of PC-relative operands and system registers ------------------------
+
+// A value for the application's register, X28 and XZR included.
+void emit_value(Emitter& to, unsigned reg, uint64_t value) {
+  if (reg == kStolenRegister) {
+    store_field(to, 0, CTX_MANGLE_SAVE);
+    emit_constant(to, 0, value);
+    store_field(to, 0, kStolenValue);
+    load_field(to, 0, CTX_MANGLE_SAVE);
+  } else if (reg != kAnyRegister) {
+    emit_constant(to, reg, value);
+  }
+}
+
+void emit_literal_load(Emitter& to, uint32_t word, uint64_t pc) {
+  constexpr uint32_t kVectorBit = 1U << 26;
+  const uint64_t address = ir::pc_relative_target(word, pc);
+  const unsigned target = ir::field_t(word);
+  const bool general = (word & kVectorBit) == 0;
+  if (general && target != kStolenRegister && target != kAnyRegister) {
+    emit_constant(to, target, address);
+    mark(to, pc);
+    to.emit(ir::literal_load_from(word, target));
+    return;
+  }
+  // X0 carries the address, and for X28 the value as well.
+  store_field(to, 0, CTX_MANGLE_SAVE);
+  emit_constant(to, 0, address);
+  mark(to, pc, 0);
+  const uint32_t load = ir::literal_load_from(word, 0);
+  if (general && target == kStolenRegister) {
+    to.emit(load & ~31U);
+    store_field(to, 0, kStolenValue);
+  } else {
+    to.emit(load);
+  }
+  load_field(to, 0, CTX_MANGLE_SAVE);
+}
+
+// MRS and MSR of TPIDR_EL0: a field of the context.
+void emit_thread_pointer(Emitter& to, uint32_t word) {
+  const unsigned reg = ir::field_t(word);
+  const bool read = ir::is_mrs(word);
+  const unsigned from = read ? CTX_TPIDR : kStolenValue;
+  const unsigned destination = read ? kStolenValue : CTX_TPIDR;
+  if (reg == kStolenRegister) {
+    store_field(to, 0, CTX_MANGLE_SAVE);
+    load_field(to, 0, from);
+    store_field(to, 0, destination);
+    load_field(to, 0, CTX_MANGLE_SAVE);
+  } else if (read) {
+    load_field(to, reg, CTX_TPIDR);
+  } else {
+    store_field(to, reg, CTX_TPIDR);
+  }
+}
+
+bool is_system_register(uint32_t word, unsigned reg) {
+  return (ir::is_mrs(word) || ir::is_msr_register(word)) && ir::system_register_of(word) == reg;
+}
+
+// An application instruction behind which control goes on.
+void emit_straight(Emitter& to, uint32_t word, uint64_t pc) {
+  switch (ir::pc_relative_of(word)) {
+  case ir::pc_relative::adr:
+  case ir::pc_relative::adrp:
+    emit_value(to, ir::field_t(word), ir::pc_relative_target(word, pc));
+    return;
+  case ir::pc_relative::load:
+    emit_literal_load(to, word, pc);
+    return;
+  case ir::pc_relative::prefetch:
+    return;
+  case ir::pc_relative::none:
+    break;
+  }
+  if (is_system_register(word, ir::sys_tpidr_el0)) {
+    emit_thread_pointer(to, word);
+  } else if (is_system_register(word, ir::sys_ctr_el0) && ir::is_mrs(word)) {
+    emit_value(to, ir::field_t(word), application_ctr());
+  } else {
+    emit_plain(to, word, pc);
+  }
+}
+
+// ---- the end of a block -------------------------------------------------------------------------
+
+// An exit that is not written yet: its site waits for the stub.
+uint32_t add_exit(Emitter& to, uint64_t target, ExitKind kind) {
+  const auto number = static_cast<uint32_t>(to.cache.exits.size());
+  to.cache.exits.push_back({target, 0, 0, kind, false});
+  return number;
+}
+
+uint32_t emit_site(Emitter& to, uint64_t target) {
+  const uint32_t number = add_exit(to, target, ExitKind::direct);
+  to.cache.exits[number].site = to.offset();
+  to.emit(0);
+  return number;
+}
+
+//   STP X0, X1, exit slots;  X0 = number;  B leave
+void emit_stub(Emitter& to, uint32_t number) {
+  Exit& exit = to.cache.exits[number];
+  exit.stub = to.offset();
+  if (exit.site != 0) {
+    to.words[(exit.site - to.fragment.begin) / 4] = enc::b(int64_t{exit.stub} - int64_t{exit.site});
+  }
+  to.emit(enc::stp_x(0, 1, kStolenRegister, CTX_EXIT_X0));
+  emit_constant(to, 0, number);
+  to.emit(enc::b(int64_t{to.cache.leave} - int64_t{to.offset()}));
+}
+
+//   B.cond taken                       CBZ X28:  STR Xs, save;  LDR Xs, stolen
+//   fall-through site                            CBZ Xs, taken
+//   taken: taken site                            LDR Xs, save;  fall-through site
+//   stubs                                        taken: LDR Xs, save;  taken site
+void emit_conditional(Emitter& to, uint32_t word, uint64_t pc) {
+  const bool stolen = ir::uses_reg(word, kStolenRegister);
+  const unsigned scratch = ir::lowest_unused_reg(word);
+  uint32_t branch = word;
+  if (stolen) {
+    store_field(to, scratch, CTX_MANGLE_SAVE);
+    load_field(to, scratch, kStolenValue);
+    branch = ir::replace_reg(word, kStolenRegister, scratch);
+  }
+  // Inverted: it skips the taken half.
+  const int64_t skip = stolen ? 12 : 8;
+  to.emit(ir::inverted_branch(branch, skip));
+  if (stolen) {
+    load_field(to, scratch, CTX_MANGLE_SAVE);
+  }
+  const uint32_t taken =
+      emit_site(to, pc + static_cast<uint64_t>(ir::branch_offset(word)));
+  if (stolen) {
+    load_field(to, scratch, CTX_MANGLE_SAVE);
+  }
+  const uint32_t behind = emit_site(to, pc + 4);
+  emit_stub(to, taken);
+  emit_stub(to, behind);
+}
+
+// The target of an indirect branch into X0. An authenticated one is worked out in a register that
+// is neither the modifier nor, while it is still needed, the branch's own.
+void emit_target(Emitter& to, uint32_t word) {
+  const unsigned reg = ir::branch_register(word);
+  if (ir::authentication(word, 0) == 0) {
+    if (reg == kStolenRegister) {
+      load_field(to, 0, kStolenValue);
+    } else if (reg != 0) {
+      to.emit(enc::mov_reg(0, reg));
+    }
+    return;
+  }
+  unsigned work = 0;
+  while ((ir::named_registers(ir::authentication(word, kAnyRegister)) >> work & 1) != 0) {
+    ++work;
+  }
+  if (reg == kStolenRegister) {
+    load_field(to, work, kStolenValue);
+  } else if (reg != work) {
+    to.emit(enc::mov_reg(work, reg));
+  }
+  uint32_t check = ir::authentication(word, work);
+  if (ir::uses_reg(check, kStolenRegister)) {
+    const unsigned modifier = work == 2 ? 1 : 2;
+    load_field(to, modifier, kStolenValue);
+    check = ir::replace_reg(check, kStolenRegister, modifier);
+  }
+  to.emit(check);
+  if (work != 0) {
+    to.emit(enc::mov_reg(0, work));
+  }
+}
+
+//          STP X0, X1, exit slots;  STR X2, its slot
+//          X0 = target  (and X30 = return address)
+//   again: LDR  X1, table                  an interrupted look-up starts again here
+//          UBFX X2, X0, #2, #bits
+//          ADD  X1, X1, X2, LSL #4
+//          LDP  X1, X2, [X1]               tag, code
+//          SUB  X1, X1, X0
+//          CBNZ X1, miss
+//          LDP  X0, X1, exit slots
+//          BR   X2                         the head there loads X2
+//   miss:  B    the cache's common miss
+void emit_lookup(Emitter& to, uint32_t word, uint64_t pc, bool call) {
+  static_assert(sizeof(LookupEntry) == 16);
+  to.emit(enc::stp_x(0, 1, kStolenRegister, CTX_EXIT_X0));
+  store_field(to, 2, CTX_EXIT_X2);
+  emit_target(to, word);
+  if (call) {
+    emit_constant(to, kLinkRegister, pc + 4);
+  }
+  to.fragment.lookup = to.offset();
+  load_field(to, 1, CTX_LOOKUP_TABLE);
+  to.emit(enc::ubfx(2, 0, 2, kLookupBits));
+  to.emit(enc::add_reg(1, 1, 2, ir::shift::lsl, 4));
+  to.emit(enc::ldp_x(1, 2, 1, 0));
+  to.emit(enc::sub_reg(1, 1, 0));
+  to.emit(enc::cbnz_x(1, 12));
+  to.emit(enc::ldp_x(0, 1, kStolenRegister, CTX_EXIT_X0));
+  to.emit(enc::br(2));
+  to.emit(enc::b(int64_t{to.cache.miss} - int64_t{to.offset()}));
+}
+
+// ---- calls --------------------------------------------------------------------------------------
+
+// The inserted code around the call has saved everything, and X26 and X27 are dead.
+//
+//   X0 to X2 = arguments;  X16 = callee
+//   MOV X26, SP;  LDR X27, runtime's stack;  MOV SP, X27
+//   ADR X27, back;  STR X27, call_return      tells the signal handler where the thread is
+//   BLR X16
+//   back: MOV SP, X26
+void emit_call(Emitter& to, const instr_t& instr) {
+  constexpr unsigned kCallee = 16, kSavedSp = 26, kWork = 27;
+  for (unsigned i = 0; i < ir::max_call_arguments; ++i) {
+    emit_constant(to, i, instr.call.arguments[i]);
+  }
+  emit_constant(to, kCallee, reinterpret_cast<uint64_t>(instr.call.callee));
+  to.emit(enc::add_imm(kSavedSp, ir::sp, 0));
+  load_field(to, kWork, CTX_RUNTIME_SP);
+  to.emit(enc::add_imm(ir::sp, kWork, 0));
+  to.emit(enc::adr(kWork, 12));
+  store_field(to, kWork, CTX_CALL_RETURN);
+  to.emit(enc::blr(kCallee));
+  to.cache.calls.push_back({reinterpret_cast<uint64_t>(instr.pc), to.offset(), to.offset()});
+  to.emit(enc::add_imm(ir::sp, kSavedSp, 0));
+}
+
+bool emit_application(Emitter& to, uint32_t word, uint64_t pc) {
+  switch (ir::control_of(word)) {
+  case ir::control::none:
+    emit_straight(to, word, pc);
+    return false;
+  case ir::control::call:
+    emit_constant(to, kLinkRegister, pc + 4);
+    [[fallthrough]];
+  case ir::control::jump:
+    emit_exit(to, pc + static_cast<uint64_t>(ir::branch_offset(word)));
+    return true;
+  case ir::control::conditional:
+    emit_conditional(to, word, pc);
+    return true;
+  case ir::control::jump_register:
+  case ir::control::ret:
+    emit_lookup(to, word, pc, false);
+    return true;
+  case ir::control::call_register:
+    emit_lookup(to, word, pc, true);
+    return true;
+  case ir::control::system_call:
+    emit_exit(to, pc + 4, ExitKind::system_call);
+    return true;
+  case ir::control::cache_flush:
+    emit_plain(to, word, pc);
+    emit_exit(to, pc + 4, ExitKind::code_changed);
+    return true;
+  case ir::control::exception:
+    emit_plain(to, word, pc);
+    return false;
+  }
+  return false;
+}
+
+}  // namespace
+
+uint64_t application_ctr() {
+  // With DIC set a program need not execute IC IVAU when it writes code, and the runtime would not
+  // hear of it.
+  constexpr uint64_t kDic = uint64_t{1} << 29;
+  uint64_t value;
+  asm("mrs %0, ctr_el0" : "=r"(value));
+  return value & ~kDic;
+}
+
+Emitter::Emitter(Cache& to, uint64_t tag) : cache(to), words(to.words), fragment{} {
+  words.clear();
+  fragment.tag = tag;
+  fragment.begin = to.cursor;
+  fragment.first_exit = static_cast<uint32_t>(to.exits.size());
+  fragment.first_place = static_cast<uint32_t>(to.places.size());
+  fragment.first_call = static_cast<uint32_t>(to.calls.size());
+  load_field(*this, 2, CTX_EXIT_X2);
+}
+
+void emit_exit(Emitter& to, uint64_t target, ExitKind kind) {
+  emit_stub(to, kind == ExitKind::direct ? emit_site(to, target) : add_exit(to, target, kind));
+}
+
+bool emit_instruction(Emitter& to, const instr_t& instr) {
+  if (instr.kind == ir::kind::call) {
+    emit_call(to, instr);
+    return false;
+  }
+  if (instr.kind == ir::kind::meta) {
+    to.emit(instr.word);
+    return false;
+  }
+  return emit_application(to, instr.word, reinterpret_cast<uint64_t>(instr.pc));
+}
+
+}  // namespace core

@@ -1,0 +1,32 @@
+// Turns a block's instructions into the words of a fragment: mangling.
+#pragma once
+
+#include <vector>
+
+#include "runtime/core/cache.h"
+#include "runtime/core/context.h"
+
+namespace core {
+
+// A fragment under construction. Offsets are in bytes from the cache's beginning; nothing is written
+// to the cache before the fragment is complete.
+struct Emitter {
+  Cache& cache;
+  std::vector<uint32_t>& words;
+  Fragment fragment;
+
+  Emitter(Cache& to, uint64_t tag);
+  uint32_t offset() const { return fragment.begin + static_cast<uint32_t>(words.size()) * 4; }
+  void emit(uint32_t word) { words.push_back(word); }
+};
+
+// One instruction of the finished list: the application's are rewritten as need be, the runtime's
+// go in as they are. Returns whether control does not go on behind it.
+bool emit_instruction(Emitter& emitter, const instr_t& instr);
+// The direct exit of a block that ends without a control transfer.
+void emit_exit(Emitter& emitter, uint64_t target, ExitKind kind = ExitKind::direct);
+
+// The value that the application sees in CTR_EL0.
+uint64_t application_ctr();
+
+}  // namespace core

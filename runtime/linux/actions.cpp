@@ -1,0 +1,183 @@
+// What is to happen at a signal: the application's table and the client's.
+#include <sys/syscall.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <csetjmp>
+#include <mutex>
+
+#include "runtime/core/entry.h"
+#include "runtime/linux/handler.h"
+#include "runtime/linux/signals.h"
+#include "runtime/linux/syscalls.h"
+
+namespace os {
+namespace {
+
+constexpr int kSignals = 64;
+constexpr uint64_t kDefault = 0, kIgnore = 1;
+// Of the application's flags, those that the kernel must know.
+constexpr uint64_t kKernelFlags = SA_RESTART | SA_NOCLDSTOP | SA_NOCLDWAIT;
+
+constinit std::mutex actions_mutex;
+constinit SignalAction actions[kSignals + 1] = {};
+
+int64_t kernel_action(int signal, const SignalAction* action, SignalAction* old) {
+  const long result = syscall(SYS_rt_sigaction, signal, action, old, sizeof(uint64_t));
+  return result == 0 ? 0 : -errno;
+}
+
+// The kernel's action for the application's: a function is reached through the runtime's handler.
+SignalAction action_for_kernel(const SignalAction& wanted) {
+  if (!is_function(wanted)) {
+    return {wanted.handler, wanted.flags & kKernelFlags, 0, wanted.mask};
+  }
+  return {reinterpret_cast<uint64_t>(&handle_signal),
+          (wanted.flags & kKernelFlags) | SA_SIGINFO | SA_ONSTACK, 0, kAllSignals};
+}
+
+bool is_kept_by_runtime(int signal) { return (signal_bit(signal) & kNeverMasked) != 0; }
+
+}  // namespace
+
+bool is_function(const SignalAction& action) {
+  return action.handler != kDefault && action.handler != kIgnore;
+}
+
+SignalAction application_action(int signal) {
+  const std::lock_guard lock(actions_mutex);
+  return actions[signal];
+}
+
+SignalAction take_action(int signal) {
+  const std::lock_guard lock(actions_mutex);
+  const SignalAction action = actions[signal];
+  if (is_function(action) && (action.flags & SA_RESETHAND) != 0) {
+    actions[signal].handler = kDefault;
+    if (!is_kept_by_runtime(signal)) {
+      restore_default(signal);
+    }
+  }
+  return action;
+}
+
+bool application_handles(const Thread& thread, int signal) {
+  // Read without the lock: this runs in the fault handler.
+  return is_function(actions[signal]) && (thread.signals.mask & signal_bit(signal)) == 0;
+}
+
+void install_handlers() {
+  for (int signal = 1; signal <= kSignals; ++signal) {
+    kernel_action(signal, nullptr, &actions[signal]);
+  }
+  const SignalAction ours = {reinterpret_cast<uint64_t>(&handle_signal), SA_SIGINFO | SA_ONSTACK, 0,
+                             kAllSignals};
+  kernel_action(SIGSEGV, &ours, nullptr);
+  kernel_action(SIGBUS, &ours, nullptr);
+}
+
+void restore_default(int signal) {
+  const SignalAction action = {};
+  kernel_action(signal, &action, nullptr);
+}
+
+int64_t sys_rt_sigaction(Thread&, const Call& call) {
+  const int signal = static_cast<int>(call.arguments[0]);
+  const auto* wanted = reinterpret_cast<const void*>(call.arguments[1]);
+  auto* old = reinterpret_cast<void*>(call.arguments[2]);
+  if (call.arguments[3] != sizeof(uint64_t) || signal < 1 || signal > kSignals) {
+    return -EINVAL;
+  }
+  SignalAction action = {};
+  if (wanted != nullptr && core_copy(&action, wanted, sizeof action) != 0) {
+    return -EFAULT;
+  }
+  SignalAction previous;
+  {
+    const std::lock_guard lock(actions_mutex);
+    previous = actions[signal];
+    if (wanted != nullptr) {
+      action.mask &= ~kUnblockable;
+      const SignalAction for_kernel = action_for_kernel(action);
+      const int64_t result =
+          is_kept_by_runtime(signal) ? 0 : kernel_action(signal, &for_kernel, nullptr);
+      if (result != 0) {
+        return result;
+      }
+      actions[signal] = action;
+    }
+  }
+  if (old != nullptr && core_copy(old, &previous, sizeof previous) != 0) {
+    return -EFAULT;
+  }
+  return 0;
+}
+
+// ---- the client's table -------------------------------------------------------------------------
+
+namespace {
+
+// Set before main runs, by the client's static initialiser: hence constant-initialised.
+constinit thread_local ClientActions clients = {};
+// While the client's handler runs for a fault that the application would take.
+constinit thread_local sigjmp_buf* disclaim = nullptr;
+
+struct sigaction* client_action(int signal) {
+  return signal == SIGSEGV ? &clients.segv : signal == SIGBUS ? &clients.bus : nullptr;
+}
+
+bool is_function(const struct sigaction& action) {
+  return action.sa_handler != SIG_DFL && action.sa_handler != SIG_IGN;
+}
+
+}  // namespace
+
+ClientActions client_actions() { return clients; }
+void set_client_actions(const ClientActions& from) { clients = from; }
+
+ClientAnswer ask_client(int signal, siginfo_t* info, void* context, bool application_waits) {
+  struct sigaction* action = client_action(signal);
+  if (action == nullptr || !is_function(*action)) {
+    return application_waits ? ClientAnswer::disclaimed : ClientAnswer::by_default;
+  }
+  // The client may jump out of its handler. Then this buffer stays behind, and the next fault sets
+  // its own.
+  sigjmp_buf back;
+  if (sigsetjmp(back, 0) != 0) {
+    disclaim = nullptr;
+    return ClientAnswer::disclaimed;
+  }
+  disclaim = application_waits ? &back : nullptr;
+  if ((action->sa_flags & SA_SIGINFO) != 0) {
+    action->sa_sigaction(signal, info, context);
+  } else {
+    action->sa_handler(signal);
+  }
+  disclaim = nullptr;
+  return action->sa_handler == SIG_DFL ? ClientAnswer::by_default : ClientAnswer::handled;
+}
+
+}  // namespace os
+
+extern "C" {
+int __real_sigaction(int signal, const struct sigaction* action, struct sigaction* old);
+
+// What the client calls as sigaction: bound at link time.
+int __wrap_sigaction(int signal, const struct sigaction* action, struct sigaction* old) {
+  struct sigaction* mine = os::client_action(signal);
+  if (mine == nullptr) {
+    return __real_sigaction(signal, action, old);
+  }
+  const bool to_default = action != nullptr && action->sa_handler == SIG_DFL;
+  if (to_default && os::disclaim != nullptr) {
+    siglongjmp(*os::disclaim, 1);
+  }
+  if (old != nullptr) {
+    *old = *mine;
+  }
+  if (action != nullptr) {
+    *mine = *action;
+  }
+  return 0;
+}
+}

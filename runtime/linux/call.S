@@ -1,0 +1,34 @@
+// A system call of the application, made by the runtime.
+//
+// A signal between os_call_check and the SVC (the SVC included: that is also where the kernel sends
+// a call back that it restarts) is sent to os_call_bail by the handler, so a call never begins while
+// a signal waits to be delivered.
+
+#include "runtime/core/context_offsets.h"
+
+#define CALL_NOT_MADE 512
+
+        .text
+        .global os_call, os_call_check, os_call_svc, os_call_bail
+        .hidden os_call, os_call_check, os_call_svc, os_call_bail
+        .type os_call, %function
+        .balign 16
+// int64_t os_call(core::Context* context, uint64_t number, const uint64_t arguments[6])
+os_call:
+        mov x9, x0
+        mov x8, x1
+        mov x10, x2
+        ldp x0, x1, [x10]
+        ldp x2, x3, [x10, #16]
+        ldp x4, x5, [x10, #32]
+os_call_check:
+        ldr x11, [x9, #CTX_PENDING]
+        cbnz x11, os_call_bail
+os_call_svc:
+        svc #0
+        ret
+os_call_bail:
+        mov x0, #-CALL_NOT_MADE
+        ret
+
+        .section .note.GNU-stack, "", %progbits

@@ -1,0 +1,174 @@
+// The frame that a handler of the application sees, and the return from it.
+//
+//   application's SP (or the end of its alternate stack)
+//     frame record {X29, X30}      the handler's X29 points here
+//     the client's thread memory   restored on return, like registers that the kernel would save
+//     kernel's frame: siginfo, ucontext with the FPSIMD record, a record that points at the
+//     client's memory, an end record                                      <- the handler's SP
+#include <asm/sigcontext.h>
+#include <sys/mman.h>
+#include <ucontext.h>
+
+#include <cstring>
+#include <new>
+#include <vector>
+
+#include "runtime/core/code_map.h"
+#include "runtime/core/entry.h"
+#include "runtime/core/fatal.h"
+#include "runtime/ir/encode.h"
+#include "runtime/linux/machine_context.h"
+#include "runtime/linux/pages.h"
+#include "runtime/linux/signals.h"
+#include "runtime/linux/syscalls.h"
+
+namespace os {
+namespace {
+
+constexpr uint64_t kStackAlignment = 16;
+constexpr uint64_t kSaRestorer = 0x04000000;
+constexpr uint32_t kThreadMemoryMagic = 0x54564b4d;
+
+struct Frame {
+  siginfo_t info;
+  ucontext_t context;
+};
+
+struct ThreadMemoryRecord {
+  RecordHead head;
+  uint64_t address;
+  uint64_t size;
+  uint64_t unused;
+};
+static_assert(sizeof(ThreadMemoryRecord) % kStackAlignment == 0);
+
+uint64_t align_down(uint64_t address) { return address & ~(kStackAlignment - 1); }
+
+bool is_on(const stack_t& stack, uint64_t sp) {
+  const auto begin = reinterpret_cast<uint64_t>(stack.ss_sp);
+  return (stack.ss_flags & SS_DISABLE) == 0 && sp > begin && sp - begin <= stack.ss_size;
+}
+
+uint64_t frame_top(const Thread& thread, const SignalAction& action) {
+  const stack_t& alternate = thread.signals.alternate;
+  const bool change = (action.flags & SA_ONSTACK) != 0 && (alternate.ss_flags & SS_DISABLE) == 0 &&
+                      !is_on(alternate, thread.context.sp);
+  return align_down(change ? reinterpret_cast<uint64_t>(alternate.ss_sp) + alternate.ss_size
+                           : thread.context.sp);
+}
+
+bool write(uint64_t address, const void* from, size_t size) {
+  return core_copy(reinterpret_cast<void*>(address), from, size) == 0;
+}
+
+void fill_frame(const Thread& thread, const siginfo_t& info, uint64_t memory, uint64_t memory_size,
+                Frame& frame) {
+  std::memset(static_cast<void*>(&frame), 0, sizeof frame);
+  frame.info = info;
+  frame.context.uc_stack = thread.signals.alternate;
+  if (is_on(thread.signals.alternate, thread.context.sp)) {
+    frame.context.uc_stack.ss_flags = SS_ONSTACK;
+  }
+  std::memcpy(&frame.context.uc_sigmask, &thread.signals.mask, sizeof thread.signals.mask);
+  mcontext_t& machine = frame.context.uc_mcontext;
+  if (info.si_signo == SIGSEGV || info.si_signo == SIGBUS) {
+    machine.fault_address = reinterpret_cast<uint64_t>(info.si_addr);
+  }
+  store_registers(thread.context, machine);
+  auto* behind = reinterpret_cast<unsigned char*>(machine.__reserved) + sizeof(fpsimd_context);
+  new (behind) ThreadMemoryRecord{
+      {kThreadMemoryMagic, sizeof(ThreadMemoryRecord)}, memory, memory_size, 0};
+}
+
+void set_handler_mask(Thread& thread, const SignalAction& action, int signal) {
+  ThreadSignals& signals = thread.signals;
+  const uint64_t base = signals.has_temporary_mask ? signals.temporary_mask : signals.mask;
+  signals.has_temporary_mask = false;
+  signals.mask = base | action.mask;
+  if ((action.flags & SA_NODEFER) == 0) {
+    signals.mask |= signal_bit(signal);
+  }
+}
+
+// No frame can be written, or a frame cannot be read: as the kernel does.
+[[noreturn]] void force_segv() {
+  act_by_default(SIGSEGV);
+  core::fatal("a signal frame cannot be written");
+}
+
+}  // namespace
+
+uint64_t sigreturn_page() {
+  static const uint64_t page = [] {
+    void* memory = mmap(nullptr, page_size(), PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS,
+                        -1, 0);
+    if (memory == MAP_FAILED) {
+      core::fatal("no memory for the signal return page");
+    }
+    // Unwinders know a signal frame by these two instructions.
+    constexpr unsigned kNumberRegister = 8, kRtSigreturn = 139;
+    const uint32_t code[] = {ir::enc::movz(kNumberRegister, kRtSigreturn), ir::enc::svc(0)};
+    std::memcpy(memory, code, sizeof code);
+    mprotect(memory, page_size(), PROT_READ);
+    const auto begin = reinterpret_cast<uint64_t>(memory);
+    core::allow_execution(begin, begin + page_size());
+    return begin;
+  }();
+  return page;
+}
+
+void push_frame(Thread& thread, const SignalAction& action, const siginfo_t& info) {
+  core::Context& context = thread.context;
+  const uint64_t record = frame_top(thread, action) - 2 * sizeof(uint64_t);
+  const uint64_t record_words[] = {context.x[29], context.x[30]};
+  std::vector<unsigned char> memory(core::thread_memory_size(context));
+  core::save_thread_memory(context, memory.data());
+  const uint64_t memory_at = align_down(record - memory.size());
+  const uint64_t frame_at = align_down(memory_at - sizeof(Frame));
+  Frame frame;
+  fill_frame(thread, info, memory_at, memory.size(), frame);
+  if (!write(record, record_words, sizeof record_words) ||
+      !write(memory_at, memory.data(), memory.size()) || !write(frame_at, &frame, sizeof frame)) {
+    force_segv();
+  }
+  set_handler_mask(thread, action, info.si_signo);
+  context.x[0] = static_cast<uint64_t>(info.si_signo);
+  if ((action.flags & SA_SIGINFO) != 0) {
+    context.x[1] = frame_at + offsetof(Frame, info);
+    context.x[2] = frame_at + offsetof(Frame, context);
+  }
+  context.x[29] = record;
+  context.x[30] = (action.flags & kSaRestorer) != 0 ? action.restorer : sigreturn_page();
+  context.sp = frame_at;
+  context.pc = action.handler;
+}
+
+int64_t sys_rt_sigreturn(Thread& thread, const Call&) {
+  core::Context& context = thread.context;
+  Frame frame;
+  if (core_copy(&frame, reinterpret_cast<const void*>(context.sp), sizeof frame) != 0) {
+    force_segv();
+  }
+  const mcontext_t& machine = frame.context.uc_mcontext;
+  load_registers(context, machine);
+  const auto* record =
+      reinterpret_cast<const ThreadMemoryRecord*>(find_record(machine, kThreadMemoryMagic));
+  if (record != nullptr && record->size == core::thread_memory_size(context)) {
+    std::vector<unsigned char> memory(record->size);
+    if (core_copy(memory.data(), reinterpret_cast<const void*>(record->address), memory.size()) ==
+        0) {
+      core::restore_thread_memory(context, memory.data());
+    }
+  }
+  if ((frame.context.uc_stack.ss_flags & SS_ONSTACK) == 0) {
+    thread.signals.alternate = frame.context.uc_stack;
+  }
+  uint64_t mask;
+  std::memcpy(&mask, &frame.context.uc_sigmask, sizeof mask);
+  thread.signals.mask = mask & ~kUnblockable;
+  thread.signals.has_temporary_mask = false;
+  set_kernel_mask(thread.signals.mask);
+  return kNoResult;
+}
+
+}  // namespace os

@@ -1,0 +1,234 @@
+// What happens when the kernel interrupts a thread. Nothing here takes a lock or allocates.
+//
+//   where the thread is           asynchronous signal               synchronous fault
+//   -------------------------     ------------------------------    ------------------------------
+//   core_copy                     goes on                           to core_copy_fault
+//   dispatcher                    goes on, and sees `pending`       the runtime's own: message, end
+//   about to enter the cache      to core_enter_bail                -
+//   about to make a call          to os_call_bail                   -
+//   a fragment                    its exits are unlinked            registers to the context, and
+//                                                                   to core_enter_bail
+//   inline look-up                starts again, table empty         -
+//   clean call                    exits of its fragment unlinked    the client's action; else the
+//                                                                   restoring half of the call runs
+#include "runtime/linux/handler.h"
+
+#include <ucontext.h>
+
+#include <cstring>
+
+#include "runtime/core/cache.h"
+#include "runtime/core/entry.h"
+#include "runtime/core/fatal.h"
+#include "runtime/linux/machine_context.h"
+#include "runtime/linux/signals.h"
+
+extern "C" const char os_call_check[], os_call_svc[], os_call_bail[];
+
+namespace os {
+namespace {
+
+uint64_t address_of(const char* label) { return reinterpret_cast<uint64_t>(label); }
+
+bool is_between(uint64_t pc, const char* begin, const char* end) {
+  return pc >= address_of(begin) && pc < address_of(end);
+}
+
+// ---- asynchronous signals -----------------------------------------------------------------------
+
+// The fragment that runs ends in the dispatcher.
+void leave_at_end(core::Context& context, uint64_t code) {
+  if (core::Fragment* fragment = core::fragment_holding(*context.cache, code)) {
+    core::unlink_exits(*context.cache, *fragment);
+  }
+  context.lookup_table = core::empty_lookup_table();
+}
+
+void leave_fragment(core::Context& context, mcontext_t& machine) {
+  core::Cache& cache = *context.cache;
+  core::Fragment* fragment = core::fragment_holding(cache, machine.pc);
+  leave_at_end(context, machine.pc);
+  if (fragment == nullptr || fragment->lookup == 0) {
+    return;
+  }
+  // The instructions of a look-up from its second start: seven up to the restoring LDP, then BR.
+  constexpr uint64_t kBranchOfLookup = 7 * 4;
+  const uint64_t lookup = reinterpret_cast<uint64_t>(cache.base) + fragment->lookup;
+  const uint64_t branch = lookup + kBranchOfLookup;
+  if (machine.pc > lookup && machine.pc < branch) {
+    machine.pc = lookup;
+  } else if (machine.pc == branch) {
+    leave_at_end(context, machine.regs[2]);
+  }
+}
+
+// Brings the thread to the dispatcher without waiting for anything.
+void come_to_dispatcher(core::Context& context, mcontext_t& machine) {
+  if (is_between(machine.pc, core_enter_check, core_enter_end)) {
+    machine.pc = address_of(core_enter_bail);
+  } else if (is_between(machine.pc, os_call_check, os_call_svc + 4)) {
+    machine.pc = address_of(os_call_bail);
+  } else if (core::in_cache(*context.cache, machine.pc)) {
+    leave_fragment(context, machine);
+  } else if (context.in_cache != 0) {
+    leave_at_end(context, context.call_return);
+  }
+}
+
+void block_everything(ucontext_t& interrupted) {
+  const uint64_t mask = kAllSignals & ~kNeverMasked;
+  std::memcpy(&interrupted.uc_sigmask, &mask, sizeof mask);
+}
+
+void record_signal(Thread& thread, int signal, const siginfo_t& info, ucontext_t& interrupted) {
+  // SIGSEGV and SIGBUS that were sent by somebody arrive even while another signal waits.
+  if ((signal_bit(signal) & kNeverMasked) != 0) {
+    if ((thread.context.pending & kFaultPending) == 0) {
+      thread.signals.fault = info;
+      thread.context.pending = thread.context.pending | kFaultPending;
+    }
+  } else {
+    thread.signals.info = info;
+    thread.context.pending = thread.context.pending | kSignalPending;
+    block_everything(interrupted);
+  }
+  come_to_dispatcher(thread.context, interrupted.uc_mcontext);
+}
+
+// ---- synchronous faults -------------------------------------------------------------------------
+
+// The application instruction that the thread stands at: exactly, or the last one before it.
+struct FaultPlace {
+  uint64_t pc;
+  uint8_t scratch;
+};
+
+FaultPlace find_place(const core::Cache& cache, const core::Fragment& fragment, uint64_t code) {
+  const uint64_t begin = reinterpret_cast<uint64_t>(cache.base) + fragment.begin;
+  const uint64_t word = (code - begin) / 4;
+  FaultPlace found = {fragment.tag, core::kNoScratch};
+  for (unsigned i = 0; i < fragment.place_count; ++i) {
+    const core::Place& place = cache.places[fragment.first_place + i];
+    if (place.code_word > word) {
+      break;
+    }
+    found.pc = fragment.tag + place.app_word * uint64_t{4};
+    found.scratch = place.code_word == word ? place.scratch : core::kNoScratch;
+  }
+  return found;
+}
+
+void restore_scratch(core::Context& context, uint8_t scratch) {
+  if (scratch == core::kNoScratch) {
+    return;
+  }
+  const unsigned first = scratch & (core::kScratchPair - 1);
+  context.x[first] = context.mangle_save;
+  if ((scratch & core::kScratchPair) != 0) {
+    context.x[first + 1] = context.mangle_save2;
+  }
+}
+
+void fault_in_cache(Thread& thread, const siginfo_t& info, ucontext_t& interrupted) {
+  core::Context& context = thread.context;
+  mcontext_t& machine = interrupted.uc_mcontext;
+  FaultPlace place = {context.pc, core::kNoScratch};
+  if (const core::Fragment* fragment = core::fragment_holding(*context.cache, machine.pc)) {
+    place = find_place(*context.cache, *fragment, machine.pc);
+  }
+  const uint64_t stolen = context.x[core::kStolenRegister];
+  load_registers(context, machine);
+  context.x[core::kStolenRegister] = stolen;
+  restore_scratch(context, place.scratch);
+  context.pc = place.pc;
+  thread.signals.fault = info;
+  // For these the address is that of the instruction.
+  if (info.si_signo == SIGILL || info.si_signo == SIGTRAP || info.si_signo == SIGFPE) {
+    thread.signals.fault.si_addr = reinterpret_cast<void*>(place.pc);
+  }
+  context.pending = context.pending | kFaultPending;
+  machine.pc = address_of(core_enter_bail);
+}
+
+const core::CallSite* call_in_progress(const core::Context& context) {
+  const core::Fragment* fragment = core::fragment_holding(*context.cache, context.call_return);
+  const uint64_t offset = context.call_return - reinterpret_cast<uint64_t>(context.cache->base);
+  for (unsigned i = 0; fragment != nullptr && i < fragment->call_count; ++i) {
+    const core::CallSite& call = context.cache->calls[fragment->first_call + i];
+    if (call.return_offset == offset) {
+      return &call;
+    }
+  }
+  return nullptr;
+}
+
+// The callee is abandoned; the code behind the call gives the application its registers back as
+// they were in front of the instruction that the call stands for.
+bool abandon_call(Thread& thread, const siginfo_t& info, mcontext_t& machine) {
+  core::Context& context = thread.context;
+  const core::CallSite* call = call_in_progress(context);
+  if (call == nullptr) {
+    return false;
+  }
+  machine.pc = core::prepare_replay(*context.cache, *call);
+  machine.sp = context.runtime_sp;
+  machine.regs[core::kStolenRegister] = reinterpret_cast<uint64_t>(&context);
+  context.pc = call->pc;
+  thread.signals.fault = info;
+  context.pending = context.pending | kFaultPending;
+  return true;
+}
+
+[[noreturn]] void fault_in_runtime(int signal) {
+  core::fatal("internal error: unexpected signal ", signal == SIGSEGV  ? "SIGSEGV"
+                                                    : signal == SIGBUS ? "SIGBUS"
+                                                                       : "in the runtime");
+}
+
+void handle_fault(Thread& thread, int signal, siginfo_t& info, ucontext_t& interrupted) {
+  core::Context& context = thread.context;
+  mcontext_t& machine = interrupted.uc_mcontext;
+  const bool wanted = application_handles(thread, signal);
+  const bool cached = core::in_cache(*context.cache, machine.pc);
+  if (cached && wanted) {
+    fault_in_cache(thread, info, interrupted);
+    return;
+  }
+  const ClientAnswer answer = ask_client(signal, &info, &interrupted, wanted);
+  if (answer == ClientAnswer::by_default) {
+    // The instruction runs again and meets the default action.
+    restore_default(signal);
+  } else if (answer == ClientAnswer::disclaimed) {
+    if (context.in_cache == 0 || !abandon_call(thread, info, machine)) {
+      fault_in_runtime(signal);
+    }
+  }
+}
+
+bool is_synchronous(int signal, const siginfo_t& info) {
+  constexpr uint64_t kFaults = signal_bit(SIGSEGV) | signal_bit(SIGBUS) | signal_bit(SIGILL) |
+                               signal_bit(SIGFPE) | signal_bit(SIGTRAP);
+  return (signal_bit(signal) & kFaults) != 0 && info.si_code > 0;
+}
+
+}  // namespace
+
+void handle_signal(int signal, siginfo_t* info, void* context) {
+  auto& interrupted = *static_cast<ucontext_t*>(context);
+  mcontext_t& machine = interrupted.uc_mcontext;
+  const int saved_errno = errno;
+  Thread* thread = current_thread();
+  const bool synchronous = is_synchronous(signal, *info);
+  if (synchronous && is_between(machine.pc, core_copy_begin, core_copy_end)) {
+    machine.pc = address_of(core_copy_fault);
+  } else if (thread == nullptr) {
+    restore_default(signal);
+  } else if (synchronous) {
+    handle_fault(*thread, signal, *info, interrupted);
+  } else {
+    record_signal(*thread, signal, *info, interrupted);
+  }
+  errno = saved_errno;
+}
+
+}  // namespace os

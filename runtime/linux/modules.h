@@ -1,0 +1,19 @@
+// The application's executable and its libraries, as the client may ask for them.
+#pragma once
+
+#include <cstdint>
+#include <string>
+
+namespace os {
+
+void add_module(uint64_t begin, uint64_t end, uint64_t entry, std::string path, bool main);
+// A file was mapped from its beginning at `address`: if an ELF header stands there it is a library.
+void note_file_mapping(uint64_t address, uint64_t size, int fd);
+// Memory went away or was mapped anew: modules that begin there are gone.
+void forget_modules(uint64_t begin, uint64_t end);
+
+// The table's lock, to be held over a fork.
+void lock_modules();
+void unlock_modules();
+
+}  // namespace os

@@ -1,0 +1,83 @@
+// Signals of the application, and the client's own handlers.
+#pragma once
+
+#include <csignal>
+#include <cstdint>
+
+#include "runtime/linux/thread.h"
+
+namespace os {
+
+// ---- masks: one bit for each signal, as the kernel has them -------------------------------------
+
+constexpr uint64_t signal_bit(int signal) { return uint64_t{1} << (signal - 1); }
+// Never in the kernel's mask, whatever the application asks: a guarded read with SIGSEGV blocked
+// would kill the process.
+inline constexpr uint64_t kNeverMasked = signal_bit(SIGSEGV) | signal_bit(SIGBUS);
+inline constexpr uint64_t kUnblockable = signal_bit(SIGKILL) | signal_bit(SIGSTOP);
+inline constexpr uint64_t kAllSignals = ~uint64_t{0};
+
+// Sets the kernel's mask for this thread from a mask of the application's; returns the old one.
+uint64_t set_kernel_mask(uint64_t mask);
+
+// ---- actions ------------------------------------------------------------------------------------
+
+// The kernel's own layout.
+struct SignalAction {
+  uint64_t handler;
+  uint64_t flags;
+  uint64_t restorer;
+  uint64_t mask;
+};
+
+// The action of the application, and whether it is a function.
+SignalAction application_action(int signal);
+bool is_function(const SignalAction& action);
+// As application_action, and puts a one-shot handler back to the default.
+SignalAction take_action(int signal);
+
+// The runtime's handlers for the whole process, and the calling thread's alternate stack.
+void install_handlers();
+void prepare_thread_signals(Thread& thread);
+void release_thread_signals(Thread& thread);
+
+// Gives the kernel the default action for `signal`.
+void restore_default(int signal);
+// Ends the process as the default action for `signal` does, or stops it; returns if that action is
+// to ignore the signal.
+void act_by_default(int signal);
+
+// ---- the client's own actions for SIGSEGV and SIGBUS, for this thread ---------------------------
+
+struct ClientActions {
+  struct sigaction segv, bus;
+};
+ClientActions client_actions();
+void set_client_actions(const ClientActions& actions);
+
+enum class ClientAnswer {
+  handled,     // the context that it was given holds
+  disclaimed,  // it wanted the default action, and the application has a handler
+  by_default,  // it put the default action in force
+};
+// Lets the client's action have the fault. `application_handles`: whether a handler of the
+// application waits for it.
+ClientAnswer ask_client(int signal, siginfo_t* info, void* context, bool application_handles);
+
+// ---- delivery -----------------------------------------------------------------------------------
+
+// The signals that context.pending tells of reach the application: its registers become those of
+// the handler.
+void deliver_pending(Thread& thread);
+// A fault that the runtime found itself, at context.pc.
+void raise_fault(Thread& thread, int signal, int code, uint64_t address);
+// Whether a fault reaches a handler of the application.
+bool application_handles(const Thread& thread, int signal);
+
+// Calls the application's handler: pushes a frame and sets the registers.
+void push_frame(Thread& thread, const SignalAction& action, const siginfo_t& info);
+
+// Where handlers return to unless the action names another place.
+uint64_t sigreturn_page();
+
+}  // namespace os

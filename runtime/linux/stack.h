@@ -1,0 +1,21 @@
+// The application's first stack.
+#pragma once
+
+#include "runtime/linux/loader.h"
+
+namespace os {
+
+struct StackContents {
+  const Image* program;
+  const Image* interpreter;  // null: none
+  const char* file;          // AT_EXECFN
+  char** arguments;          // null-terminated
+  char** environment;        // null-terminated
+  bool executable;
+};
+
+// Maps a stack with a guard page below it and writes the arguments, the environment and the
+// auxiliary vector as Linux does. Returns SP, 0 if there is no memory.
+uint64_t build_stack(const StackContents& contents);
+
+}  // namespace os

@@ -1,0 +1,51 @@
+// Files that would show the launcher instead of the application.
+#include <sys/syscall.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <cstdio>
+#include <cstring>
+
+#include "runtime/core/entry.h"
+#include "runtime/linux/process.h"
+#include "runtime/linux/syscalls.h"
+
+namespace os {
+namespace {
+
+// Whether the string that the application named is the link to this process's executable.
+bool is_own_executable(uint64_t address) {
+  char text[32] = {};
+  core_copy(text, reinterpret_cast<const void*>(address), sizeof text - 1);
+  char by_id[32];
+  snprintf(by_id, sizeof by_id, "/proc/%d/exe", static_cast<int>(getpid()));
+  return std::strcmp(text, "/proc/self/exe") == 0 ||
+         std::strcmp(text, "/proc/thread-self/exe") == 0 || std::strcmp(text, by_id) == 0;
+}
+
+}  // namespace
+
+int64_t sys_readlinkat(Thread& thread, const Call& call) {
+  if (!is_own_executable(call.arguments[1])) {
+    return pass_on(thread, call);
+  }
+  const auto room = static_cast<int>(call.arguments[3]);
+  if (room <= 0) {
+    return -EINVAL;
+  }
+  const size_t size = std::min(paths.application.size(), static_cast<size_t>(room));
+  void* buffer = reinterpret_cast<void*>(call.arguments[2]);
+  return core_copy(buffer, paths.application.data(), size) == 0 ? static_cast<int64_t>(size)
+                                                                : -EFAULT;
+}
+
+int64_t sys_openat(Thread& thread, const Call& call) {
+  Call changed = call;
+  if (is_own_executable(call.arguments[1])) {
+    changed.arguments[1] = reinterpret_cast<uint64_t>(paths.application.c_str());
+  }
+  return pass_on(thread, changed);
+}
+
+}  // namespace os

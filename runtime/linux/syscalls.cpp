@@ -1,0 +1,81 @@
+#include "runtime/linux/syscalls.h"
+
+#include <sys/syscall.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <iterator>
+
+extern "C" int64_t os_call(core::Context* context, uint64_t number, const uint64_t* arguments);
+
+namespace os {
+namespace {
+
+// rseq's abort addresses would be the application's own, where its code never runs.
+int64_t sys_missing(Thread&, const Call&) { return -ENOSYS; }
+
+struct Row {
+  uint64_t number;
+  int64_t (*handler)(Thread&, const Call&);
+};
+
+// clang-format off
+constexpr Row kRows[] = {
+    {SYS_brk, sys_brk},
+    {SYS_mmap, sys_mmap},
+    {SYS_munmap, sys_munmap},
+    {SYS_mremap, sys_mremap},
+    {SYS_mprotect, sys_mprotect},
+    {SYS_pkey_mprotect, sys_mprotect},
+    {SYS_readlinkat, sys_readlinkat},
+    {SYS_openat, sys_openat},
+    {SYS_openat2, sys_openat},
+    {SYS_exit, sys_exit},
+    {SYS_exit_group, sys_exit_group},
+    {SYS_set_tid_address, sys_set_tid_address},
+    {SYS_set_robust_list, sys_set_robust_list},
+    {SYS_clone, sys_clone},
+    {SYS_clone3, sys_clone3},
+    {SYS_execve, sys_execve},
+    {SYS_execveat, sys_execveat},
+    {SYS_rt_sigaction, sys_rt_sigaction},
+    {SYS_rt_sigprocmask, sys_rt_sigprocmask},
+    {SYS_rt_sigreturn, sys_rt_sigreturn},
+    {SYS_sigaltstack, sys_sigaltstack},
+    {SYS_rt_sigsuspend, sys_wait_with_mask},
+    {SYS_ppoll, sys_wait_with_mask},
+    {SYS_pselect6, sys_wait_with_mask},
+    {SYS_epoll_pwait, sys_wait_with_mask},
+    {SYS_epoll_pwait2, sys_wait_with_mask},
+    {SYS_rseq, sys_missing},
+};
+// clang-format on
+
+int64_t dispatch(Thread& thread, const Call& call) {
+  const auto row = std::find_if(std::begin(kRows), std::end(kRows),
+                                [&](const Row& candidate) { return candidate.number == call.number; });
+  return row != std::end(kRows) ? row->handler(thread, call) : pass_on(thread, call);
+}
+
+}  // namespace
+
+int64_t pass_on(Thread& thread, const Call& call) {
+  return os_call(&thread.context, call.number, call.arguments);
+}
+
+void system_call(Thread& thread) {
+  core::Context& context = thread.context;
+  Call call{context.x[8], {}};
+  std::copy_n(context.x, std::size(call.arguments), call.arguments);
+  const int64_t result = dispatch(thread, call);
+  if (result == kNotMade) {
+    context.pc -= 4;
+  } else if (result != kNoResult) {
+    context.x[0] = static_cast<uint64_t>(result);
+  }
+  if (context.pending == 0) {
+    thread.signals.has_temporary_mask = false;
+  }
+}
+
+}  // namespace os

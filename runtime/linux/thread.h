@@ -1,0 +1,39 @@
+// One thread of the application: its registers and what the kernel would know of it.
+#pragma once
+
+#include <csignal>
+#include <cstdint>
+
+#include "runtime/core/context.h"
+
+namespace os {
+
+// Bits of core::Context::pending.
+inline constexpr uint64_t kSignalPending = 1;  // signals.info waits to be delivered
+inline constexpr uint64_t kFaultPending = 2;   // signals.fault waits to be delivered
+
+struct ThreadSignals {
+  uint64_t mask;            // as the application sees it
+  uint64_t temporary_mask;  // in force during a call such as rt_sigsuspend
+  bool has_temporary_mask;
+  stack_t alternate;  // the application's
+  siginfo_t info;
+  siginfo_t fault;
+  void* handler_stack;  // the runtime's own alternate stack
+};
+
+struct Thread {
+  core::Context context;  // first: a drcontext is a Thread
+  ThreadSignals signals;
+  uint64_t clear_tid;    // emulated CLONE_CHILD_CLEARTID
+  uint64_t robust_list;  // as set_robust_list gave it
+  Thread* next;          // in the list of all threads
+  int id;
+  bool main;
+};
+
+inline Thread& thread_of(core::Context& context) { return reinterpret_cast<Thread&>(context); }
+// The calling thread, null before it has a context.
+inline Thread* current_thread() { return reinterpret_cast<Thread*>(core::current_context()); }
+
+}  // namespace os
