@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstring>
 
+#include "runtime/core/client.h"
 #include "runtime/core/code_map.h"
 #include "runtime/core/emit.h"
 #include "runtime/core/entry.h"
@@ -114,7 +115,7 @@ Fragment* build_fragment(Context& context) {
   if (behind == context.pc) {
     return nullptr;
   }
-  for (const auto event : ir::events.block) {
+  for (const auto event : client_events().block) {
     event(&context, reinterpret_cast<void*>(context.pc), &list, false, false);
   }
   optimise_block(list);

@@ -69,6 +69,13 @@ void patch(Cache& cache, uint32_t site, uint32_t target) {
                    __ATOMIC_RELAXED);
 }
 
+void unlink_exit(Cache& cache, Exit& exit) {
+  if (exit.linked) {
+    exit.linked = false;
+    patch(cache, exit.site, exit.stub);
+  }
+}
+
 }  // namespace
 
 const LookupEntry* empty_lookup_table() { return empty_table; }
@@ -173,11 +180,14 @@ void link_exit(Cache& cache, Exit& exit, const Fragment& target) {
 
 void unlink_exits(Cache& cache, const Fragment& fragment) {
   for (uint32_t number = 0; number < fragment.exit_count; ++number) {
-    Exit& exit = cache.exits[fragment.first_exit + number];
-    if (exit.linked) {
-      exit.linked = false;
-      patch(cache, exit.site, exit.stub);
-    }
+    unlink_exit(cache, cache.exits[fragment.first_exit + number]);
+  }
+}
+
+void unlink_all(Cache& cache) {
+  const std::lock_guard lock(cache.mutex);
+  for (Exit& exit : cache.exits) {
+    unlink_exit(cache, exit);
   }
 }
 

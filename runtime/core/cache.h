@@ -10,6 +10,7 @@
 #pragma once
 
 #include <cstdint>
+#include <mutex>
 #include <vector>
 
 #include "runtime/core/context.h"
@@ -54,6 +55,9 @@ struct Fragment {
 };
 
 struct Cache {
+  // Held by the owner while it changes the tables below, and by another thread that unlinks. The
+  // owner reads without it, and its signal handler may while code of the cache runs.
+  std::mutex mutex;
   unsigned char* base;
   uint32_t size;
   uint32_t cursor;
@@ -107,6 +111,8 @@ inline bool in_cache(const Cache& cache, uint64_t code) {
 // Lets an exit go straight to a fragment, or back to its stub.
 void link_exit(Cache& cache, Exit& exit, const Fragment& target);
 void unlink_exits(Cache& cache, const Fragment& fragment);
+// Lets no fragment of another thread's cache go on to the next one: see request_flush.
+void unlink_all(Cache& cache);
 // Makes indirect branches find `fragment`.
 void add_to_table(Cache& cache, const Fragment& fragment);
 

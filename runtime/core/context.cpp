@@ -65,6 +65,12 @@ void free_thread_memory(Context& context, void* memory) {
   }
 }
 
+void free_all_thread_memory(Context& context) {
+  while (context.memory != nullptr) {
+    free_thread_memory(context, bytes_of(context.memory));
+  }
+}
+
 size_t thread_memory_size(const Context& context) {
   size_t total = 0;
   for (const ThreadMemory* block = context.memory; block != nullptr; block = block->next) {

@@ -44,7 +44,7 @@ struct alignas(16) Context {
   uint64_t pc;
   uint64_t nzcv, fpsr, fpcr;
   uint64_t tpidr;               // the application's TPIDR_EL0
-  volatile uint64_t pending;    // non-zero: come to the dispatcher at the next block boundary
+  volatile uint64_t pending;    // non-zero: come to the dispatcher; changed by add_pending only
   volatile uint64_t in_cache;   // non-zero from entering the cache to leaving it
   uint64_t spill[kSpillSlots];  // the client's slots, from SPILL_SLOT_1 on
   alignas(16) unsigned char q[32][16];
@@ -53,9 +53,18 @@ struct alignas(16) Context {
   ir::arena arena;
   void* tls[ir::max_tls_fields];
   ThreadMemory* memory;
-  volatile bool flush_wanted;  // application code changed: forget all fragments
-  uint32_t last_exit;          // the exit to link to the next fragment, or EXIT_*
+  uint32_t last_exit;  // the exit to link to the next fragment, or EXIT_*
 };
+
+// Bits of Context::pending. The others are the operating system side's.
+inline constexpr uint64_t kFlushPending = 1;  // application code changed: forget all fragments
+
+inline void add_pending(Context& context, uint64_t bits) {
+  __atomic_fetch_or(&context.pending, bits, __ATOMIC_SEQ_CST);
+}
+inline void remove_pending(Context& context, uint64_t bits) {
+  __atomic_fetch_and(&context.pending, ~bits, __ATOMIC_SEQ_CST);
+}
 
 // The calling thread's context, null before it has one.
 Context* current_context();
@@ -67,6 +76,7 @@ const LookupEntry* empty_lookup_table();
 // Memory that belongs to the thread, zeroed, 16-byte aligned; null if there is none.
 void* allocate_thread_memory(Context& context, size_t size);
 void free_thread_memory(Context& context, void* memory);
+void free_all_thread_memory(Context& context);
 // All such memory of a thread as one sequence of bytes, for the frame of a signal handler. Restoring
 // expects the blocks that stood when it was saved.
 size_t thread_memory_size(const Context& context);

@@ -1,5 +1,7 @@
 #include "runtime/core/dispatch.h"
 
+#include <mutex>
+
 #include "runtime/core/block.h"
 #include "runtime/core/cache.h"
 #include "runtime/core/entry.h"
@@ -7,9 +9,10 @@
 namespace core {
 namespace {
 
+// The change of the application's code has been made: what is built from now on is right.
 void flush_if_wanted(Context& context) {
-  if (context.flush_wanted) {
-    context.flush_wanted = false;
+  if ((context.pending & kFlushPending) != 0) {
+    remove_pending(context, kFlushPending);
     flush_cache(*context.cache);
     context.last_exit = EXIT_NONE;
   }
@@ -25,26 +28,42 @@ void remember(Context& context, const Fragment& fragment) {
   context.last_exit = EXIT_NONE;
 }
 
+// The fragment at context.pc, built if there is none yet; null if there is no code.
+Fragment* next_fragment(Context& context) {
+  Cache& cache = *context.cache;
+  const std::lock_guard lock(cache.mutex);
+  flush_if_wanted(context);
+  Fragment* fragment = find_fragment(cache, context.pc);
+  if (fragment == nullptr) {
+    fragment = build_fragment(context);
+  }
+  if (fragment != nullptr) {
+    remember(context, *fragment);
+  }
+  context.lookup_table = cache.table;
+  return fragment;
+}
+
 }  // namespace
+
+void request_flush(Context& other) {
+  add_pending(other, kFlushPending);
+  unlink_all(*other.cache);
+  other.lookup_table = empty_lookup_table();
+}
 
 Event run(Context& context) {
   Cache& cache = *context.cache;
   for (;;) {
-    if (context.pending != 0) {
+    if ((context.pending & ~kFlushPending) != 0) {
       context.last_exit = EXIT_NONE;
       return Event::interrupted;
     }
-    flush_if_wanted(context);
-    Fragment* fragment = find_fragment(cache, context.pc);
-    if (fragment == nullptr) {
-      fragment = build_fragment(context);
-    }
+    const Fragment* fragment = next_fragment(context);
     if (fragment == nullptr) {
       context.last_exit = EXIT_NONE;
       return Event::not_executable;
     }
-    remember(context, *fragment);
-    context.lookup_table = cache.table;
     const uint64_t head = reinterpret_cast<uint64_t>(cache.base) + fragment->begin;
     const auto number = static_cast<uint32_t>(core_enter(&context, head));
     if (number == EXIT_NONE) {

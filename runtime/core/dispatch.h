@@ -15,4 +15,8 @@ enum class Event {
 // Runs the application from context.pc until something needs the operating system's side.
 Event run(Context& context);
 
+// Makes another thread forget its fragments: it leaves the cache at the end of the fragment that it
+// is in, and flushes before it enters again.
+void request_flush(Context& other);
+
 }  // namespace core

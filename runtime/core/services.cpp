@@ -20,7 +20,8 @@ uint64_t& slot_of(void* drcontext, dr_spill_slot_t slot) {
   return context_of(drcontext).spill[slot - SPILL_SLOT_1];
 }
 
-bool is_field(int index) { return index >= 0 && index < ir::events.tls_fields; }
+// Also fields that the client gave back while it ends: other threads still run.
+bool is_field(int index) { return index >= 0 && index < ir::max_tls_fields; }
 
 }  // namespace
 

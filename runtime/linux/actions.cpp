@@ -12,15 +12,14 @@
 #include "runtime/linux/syscalls.h"
 
 namespace os {
+
+constinit ActionTable process_actions = {};
+
 namespace {
 
-constexpr int kSignals = 64;
 constexpr uint64_t kDefault = 0, kIgnore = 1;
 // Of the application's flags, those that the kernel must know.
 constexpr uint64_t kKernelFlags = SA_RESTART | SA_NOCLDSTOP | SA_NOCLDWAIT;
-
-constinit std::mutex actions_mutex;
-constinit SignalAction actions[kSignals + 1] = {};
 
 int64_t kernel_action(int signal, const SignalAction* action, SignalAction* old) {
   const long result = syscall(SYS_rt_sigaction, signal, action, old, sizeof(uint64_t));
@@ -44,16 +43,12 @@ bool is_function(const SignalAction& action) {
   return action.handler != kDefault && action.handler != kIgnore;
 }
 
-SignalAction application_action(int signal) {
-  const std::lock_guard lock(actions_mutex);
-  return actions[signal];
-}
-
-SignalAction take_action(int signal) {
-  const std::lock_guard lock(actions_mutex);
-  const SignalAction action = actions[signal];
+SignalAction take_action(Thread& thread, int signal) {
+  ActionTable& table = *thread.signals.actions;
+  const std::lock_guard lock(table.mutex);
+  const SignalAction action = table.actions[signal];
   if (is_function(action) && (action.flags & SA_RESETHAND) != 0) {
-    actions[signal].handler = kDefault;
+    table.actions[signal].handler = kDefault;
     if (!is_kept_by_runtime(signal)) {
       restore_default(signal);
     }
@@ -63,17 +58,24 @@ SignalAction take_action(int signal) {
 
 bool application_handles(const Thread& thread, int signal) {
   // Read without the lock: this runs in the fault handler.
-  return is_function(actions[signal]) && (thread.signals.mask & signal_bit(signal)) == 0;
+  return is_function(thread.signals.actions->actions[signal]) &&
+         (thread.signals.mask & signal_bit(signal)) == 0;
+}
+
+void set_runtime_action(int signal, bool ignore) {
+  SignalAction action = {kIgnore, 0, 0, 0};
+  if (!ignore) {
+    action = {reinterpret_cast<uint64_t>(&handle_signal), SA_SIGINFO | SA_ONSTACK, 0, kAllSignals};
+  }
+  kernel_action(signal, &action, nullptr);
 }
 
 void install_handlers() {
   for (int signal = 1; signal <= kSignals; ++signal) {
-    kernel_action(signal, nullptr, &actions[signal]);
+    kernel_action(signal, nullptr, &process_actions.actions[signal]);
   }
-  const SignalAction ours = {reinterpret_cast<uint64_t>(&handle_signal), SA_SIGINFO | SA_ONSTACK, 0,
-                             kAllSignals};
-  kernel_action(SIGSEGV, &ours, nullptr);
-  kernel_action(SIGBUS, &ours, nullptr);
+  set_runtime_action(SIGSEGV, false);
+  set_runtime_action(SIGBUS, false);
 }
 
 void restore_default(int signal) {
@@ -81,7 +83,7 @@ void restore_default(int signal) {
   kernel_action(signal, &action, nullptr);
 }
 
-int64_t sys_rt_sigaction(Thread&, const Call& call) {
+int64_t sys_rt_sigaction(Thread& thread, const Call& call) {
   const int signal = static_cast<int>(call.arguments[0]);
   const auto* wanted = reinterpret_cast<const void*>(call.arguments[1]);
   auto* old = reinterpret_cast<void*>(call.arguments[2]);
@@ -94,8 +96,9 @@ int64_t sys_rt_sigaction(Thread&, const Call& call) {
   }
   SignalAction previous;
   {
-    const std::lock_guard lock(actions_mutex);
-    previous = actions[signal];
+    ActionTable& table = *thread.signals.actions;
+    const std::lock_guard lock(table.mutex);
+    previous = table.actions[signal];
     if (wanted != nullptr) {
       action.mask &= ~kUnblockable;
       const SignalAction for_kernel = action_for_kernel(action);
@@ -104,7 +107,7 @@ int64_t sys_rt_sigaction(Thread&, const Call& call) {
       if (result != 0) {
         return result;
       }
-      actions[signal] = action;
+      table.actions[signal] = action;
     }
   }
   if (old != nullptr && core_copy(old, &previous, sizeof previous) != 0) {
@@ -135,26 +138,42 @@ bool is_function(const struct sigaction& action) {
 ClientActions client_actions() { return clients; }
 void set_client_actions(const ClientActions& from) { clients = from; }
 
-ClientAnswer ask_client(int signal, siginfo_t* info, void* context, bool application_waits) {
-  struct sigaction* action = client_action(signal);
-  if (action == nullptr || !is_function(*action)) {
-    return application_waits ? ClientAnswer::disclaimed : ClientAnswer::by_default;
+namespace {
+
+void call_client(const struct sigaction& action, int signal, siginfo_t* info, void* context) {
+  if ((action.sa_flags & SA_SIGINFO) != 0) {
+    action.sa_sigaction(signal, info, context);
+  } else {
+    action.sa_handler(signal);
   }
-  // The client may jump out of its handler. Then this buffer stays behind, and the next fault sets
-  // its own.
+}
+
+// Whether the client's handler went its way to the end. The client may also jump out of it: then
+// the buffer here stays behind, and the next fault sets its own.
+bool returns_from_client(const struct sigaction& action, int signal, siginfo_t* info, void* context,
+                         bool application_waits) {
   sigjmp_buf back;
   if (sigsetjmp(back, 0) != 0) {
     disclaim = nullptr;
-    return ClientAnswer::disclaimed;
+    return false;
   }
   disclaim = application_waits ? &back : nullptr;
-  if ((action->sa_flags & SA_SIGINFO) != 0) {
-    action->sa_sigaction(signal, info, context);
-  } else {
-    action->sa_handler(signal);
-  }
+  call_client(action, signal, info, context);
   disclaim = nullptr;
-  return action->sa_handler == SIG_DFL ? ClientAnswer::by_default : ClientAnswer::handled;
+  return true;
+}
+
+}  // namespace
+
+ClientAnswer ask_client(int signal, siginfo_t* info, void* context, bool application_waits) {
+  const struct sigaction* action = client_action(signal);
+  if (action == nullptr || !is_function(*action)) {
+    return application_waits ? ClientAnswer::disclaimed : ClientAnswer::by_default;
+  }
+  if (!returns_from_client(*action, signal, info, context, application_waits)) {
+    return ClientAnswer::disclaimed;
+  }
+  return is_function(*client_action(signal)) ? ClientAnswer::handled : ClientAnswer::by_default;
 }
 
 }  // namespace os

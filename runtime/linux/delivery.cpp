@@ -19,7 +19,7 @@ constexpr size_t kHandlerStack = 64U << 10;
 constexpr uint64_t kMaskSize = sizeof(uint64_t);
 
 void deliver(Thread& thread, const siginfo_t& info) {
-  const SignalAction action = take_action(info.si_signo);
+  const SignalAction action = take_action(thread, info.si_signo);
   if (is_function(action)) {
     push_frame(thread, action, info);
     return;
@@ -45,6 +45,20 @@ uint64_t set_kernel_mask(uint64_t mask) {
   uint64_t old = 0;
   syscall(SYS_rt_sigprocmask, SIG_SETMASK, &wanted, &old, kMaskSize);
   return old;
+}
+
+uint64_t initial_mask() {
+  uint64_t mask = 0;
+  syscall(SYS_rt_sigprocmask, SIG_BLOCK, nullptr, &mask, kMaskSize);
+  set_kernel_mask(mask);
+  return mask;
+}
+
+bool apply_mask(Thread& thread) {
+  const uint64_t wanted = thread.signals.mask & ~kNeverMasked;
+  const Call call = {SYS_rt_sigprocmask,
+                     {SIG_SETMASK, reinterpret_cast<uint64_t>(&wanted), 0, kMaskSize}};
+  return pass_on(thread, call) != kNotMade;
 }
 
 void prepare_thread_signals(Thread& thread) {
@@ -83,12 +97,13 @@ void deliver_pending(Thread& thread) {
   core::Context& context = thread.context;
   if ((context.pending & kFaultPending) != 0) {
     const siginfo_t info = thread.signals.fault;
-    context.pending = context.pending & ~kFaultPending;
+    core::remove_pending(context, kFaultPending);
     deliver(thread, info);
+    apply_mask(thread);
     return;
   }
   const siginfo_t info = thread.signals.info;
-  context.pending = context.pending & ~kSignalPending;
+  core::remove_pending(context, kSignalPending);
   deliver(thread, info);
   set_kernel_mask(thread.signals.mask);
 }
@@ -99,10 +114,8 @@ void raise_fault(Thread& thread, int signal, int code, uint64_t address) {
   info.si_code = code;
   info.si_addr = reinterpret_cast<void*>(address);
   if (application_handles(thread, signal)) {
-    push_frame(thread, take_action(signal), info);
-    if (thread.context.pending == 0) {
-      set_kernel_mask(thread.signals.mask);
-    }
+    push_frame(thread, take_action(thread, signal), info);
+    apply_mask(thread);
     return;
   }
   ucontext_t context = {};
@@ -110,85 +123,6 @@ void raise_fault(Thread& thread, int signal, int code, uint64_t address) {
   ask_client(signal, &info, &context, false);
   act_by_default(signal);
   core::fatal("a fault was ignored");
-}
-
-int64_t sys_rt_sigprocmask(Thread& thread, const Call& call) {
-  const auto* wanted = reinterpret_cast<const void*>(call.arguments[1]);
-  auto* old = reinterpret_cast<void*>(call.arguments[2]);
-  uint64_t set = 0;
-  if (call.arguments[3] != kMaskSize) {
-    return -EINVAL;
-  }
-  if (wanted != nullptr && core_copy(&set, wanted, sizeof set) != 0) {
-    return -EFAULT;
-  }
-  const uint64_t before = thread.signals.mask;
-  uint64_t after = before;
-  switch (wanted == nullptr ? -1 : static_cast<int>(call.arguments[0])) {
-  case SIG_BLOCK:
-    after |= set;
-    break;
-  case SIG_UNBLOCK:
-    after &= ~set;
-    break;
-  case SIG_SETMASK:
-    after = set;
-    break;
-  case -1:
-    if (wanted == nullptr) {
-      break;
-    }
-    [[fallthrough]];
-  default:
-    return -EINVAL;
-  }
-  // The kernel's mask stays full while a signal waits; its delivery sets it.
-  thread.signals.mask = after & ~kUnblockable;
-  if (after != before && thread.context.pending == 0) {
-    set_kernel_mask(thread.signals.mask);
-  }
-  if (old != nullptr && core_copy(old, &before, sizeof before) != 0) {
-    return -EFAULT;
-  }
-  return 0;
-}
-
-int64_t sys_sigaltstack(Thread& thread, const Call& call) {
-  const auto* wanted = reinterpret_cast<const void*>(call.arguments[0]);
-  auto* old = reinterpret_cast<void*>(call.arguments[1]);
-  stack_t& alternate = thread.signals.alternate;
-  const auto begin = reinterpret_cast<uint64_t>(alternate.ss_sp);
-  const bool in_use = (alternate.ss_flags & SS_DISABLE) == 0 && thread.context.sp > begin &&
-                      thread.context.sp - begin <= alternate.ss_size;
-  stack_t before = alternate;
-  if (in_use) {
-    before.ss_flags |= SS_ONSTACK;
-  }
-  if (wanted != nullptr) {
-    stack_t stack;
-    if (core_copy(&stack, wanted, sizeof stack) != 0) {
-      return -EFAULT;
-    }
-    if (in_use) {
-      return -EPERM;
-    }
-    if ((stack.ss_flags & ~SS_DISABLE) != 0 && stack.ss_flags != SS_ONSTACK) {
-      return -EINVAL;
-    }
-    if ((stack.ss_flags & SS_DISABLE) != 0) {
-      stack.ss_sp = nullptr;
-      stack.ss_size = 0;
-    } else if (stack.ss_size < MINSIGSTKSZ) {
-      return -ENOMEM;
-    } else {
-      stack.ss_flags = 0;
-    }
-    alternate = stack;
-  }
-  if (old != nullptr && core_copy(old, &before, sizeof before) != 0) {
-    return -EFAULT;
-  }
-  return 0;
 }
 
 }  // namespace os

@@ -167,7 +167,7 @@ int64_t sys_rt_sigreturn(Thread& thread, const Call&) {
   std::memcpy(&mask, &frame.context.uc_sigmask, sizeof mask);
   thread.signals.mask = mask & ~kUnblockable;
   thread.signals.has_temporary_mask = false;
-  set_kernel_mask(thread.signals.mask);
+  apply_mask(thread);
   return kNoResult;
 }
 

@@ -85,11 +85,11 @@ void record_signal(Thread& thread, int signal, const siginfo_t& info, ucontext_t
   if ((signal_bit(signal) & kNeverMasked) != 0) {
     if ((thread.context.pending & kFaultPending) == 0) {
       thread.signals.fault = info;
-      thread.context.pending = thread.context.pending | kFaultPending;
+      core::add_pending(thread.context, kFaultPending);
     }
   } else {
     thread.signals.info = info;
-    thread.context.pending = thread.context.pending | kSignalPending;
+    core::add_pending(thread.context, kSignalPending);
     block_everything(interrupted);
   }
   come_to_dispatcher(thread.context, interrupted.uc_mcontext);
@@ -146,7 +146,7 @@ void fault_in_cache(Thread& thread, const siginfo_t& info, ucontext_t& interrupt
   if (info.si_signo == SIGILL || info.si_signo == SIGTRAP || info.si_signo == SIGFPE) {
     thread.signals.fault.si_addr = reinterpret_cast<void*>(place.pc);
   }
-  context.pending = context.pending | kFaultPending;
+  core::add_pending(context, kFaultPending);
   machine.pc = address_of(core_enter_bail);
 }
 
@@ -175,7 +175,7 @@ bool abandon_call(Thread& thread, const siginfo_t& info, mcontext_t& machine) {
   machine.regs[core::kStolenRegister] = reinterpret_cast<uint64_t>(&context);
   context.pc = call->pc;
   thread.signals.fault = info;
-  context.pending = context.pending | kFaultPending;
+  core::add_pending(context, kFaultPending);
   return true;
 }
 

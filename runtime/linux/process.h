@@ -1,4 +1,4 @@
-// The process as a whole.
+// The process as a whole, and its threads.
 #pragma once
 
 #include <string>
@@ -14,8 +14,18 @@ struct ProcessPaths {
 };
 extern ProcessPaths paths;
 
-// The thread goes on in the application until the process or the thread ends.
-[[noreturn]] void run_application(Thread& thread);
+// A thread without registers, in the list of all threads.
+Thread* new_thread();
+// Takes the thread out of the list and frees it and all that it owns.
+void delete_thread(Thread* thread);
+// After a fork only the calling thread is left.
+void keep_only(Thread& thread);
+
+// Makes `thread` the calling thread's: its context, its signal stack, the client's event.
+void begin_thread(Thread& thread);
+
+// The thread goes on in the application until the thread ends.
+void run_application(Thread& thread);
 
 // The events of the thread's and the process's end, then the end itself with this status.
 [[noreturn]] void exit_process(Thread& thread, int status);
@@ -23,5 +33,9 @@ extern ProcessPaths paths;
 // All threads forget their fragments, and none goes on in an old one when this returns. For a
 // change to the application's code in [begin, end).
 void code_changed(Thread& thread, uint64_t begin, uint64_t end);
+
+// All locks of the runtime, to be held over a fork.
+void lock_runtime();
+void unlock_runtime();
 
 }  // namespace os

@@ -3,6 +3,7 @@
 
 #include <csignal>
 #include <cstdint>
+#include <mutex>
 
 #include "runtime/linux/thread.h"
 
@@ -19,6 +20,12 @@ inline constexpr uint64_t kAllSignals = ~uint64_t{0};
 
 // Sets the kernel's mask for this thread from a mask of the application's; returns the old one.
 uint64_t set_kernel_mask(uint64_t mask);
+// The same from the thread's own mask, unless a signal waits: then the kernel's mask is full, and
+// the delivery sets it. Returns whether it was done.
+bool apply_mask(Thread& thread);
+
+// The mask that the process was started with. The kernel's loses what is never masked.
+uint64_t initial_mask();
 
 // ---- actions ------------------------------------------------------------------------------------
 
@@ -30,11 +37,18 @@ struct SignalAction {
   uint64_t mask;
 };
 
-// The action of the application, and whether it is a function.
-SignalAction application_action(int signal);
+inline constexpr int kSignals = 64;
+
+struct ActionTable {
+  std::mutex mutex;
+  SignalAction actions[kSignals + 1];
+};
+extern ActionTable process_actions;
+
 bool is_function(const SignalAction& action);
-// As application_action, and puts a one-shot handler back to the default.
-SignalAction take_action(int signal);
+// The application's action for a signal that is delivered now: puts a one-shot handler back to the
+// default.
+SignalAction take_action(Thread& thread, int signal);
 
 // The runtime's handlers for the whole process, and the calling thread's alternate stack.
 void install_handlers();
@@ -43,6 +57,8 @@ void release_thread_signals(Thread& thread);
 
 // Gives the kernel the default action for `signal`.
 void restore_default(int signal);
+// For SIGSEGV and SIGBUS: lets the kernel ignore the signal, or gives it the runtime's handler back.
+void set_runtime_action(int signal, bool ignore);
 // Ends the process as the default action for `signal` does, or stops it; returns if that action is
 // to ignore the signal.
 void act_by_default(int signal);

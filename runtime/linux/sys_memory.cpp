@@ -70,6 +70,9 @@ void set_initial_break(uint64_t begin) {
   program_break.limit = got == MAP_FAILED ? start : start + kBreakRoom;
 }
 
+void lock_break() { program_break.mutex.lock(); }
+void unlock_break() { program_break.mutex.unlock(); }
+
 int64_t sys_brk(Thread&, const Call& call) {
   const std::lock_guard lock(program_break.mutex);
   const uint64_t wanted = call.arguments[0];

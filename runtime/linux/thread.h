@@ -9,10 +9,13 @@
 namespace os {
 
 // Bits of core::Context::pending.
-inline constexpr uint64_t kSignalPending = 1;  // signals.info waits to be delivered
-inline constexpr uint64_t kFaultPending = 2;   // signals.fault waits to be delivered
+inline constexpr uint64_t kSignalPending = 2;  // signals.info waits to be delivered
+inline constexpr uint64_t kFaultPending = 4;   // signals.fault waits to be delivered
+
+struct ActionTable;
 
 struct ThreadSignals {
+  ActionTable* actions;     // the process's, or a vfork child's own
   uint64_t mask;            // as the application sees it
   uint64_t temporary_mask;  // in force during a call such as rt_sigsuspend
   bool has_temporary_mask;
@@ -29,7 +32,9 @@ struct Thread {
   uint64_t robust_list;  // as set_robust_list gave it
   Thread* next;          // in the list of all threads
   int id;
-  bool main;
+  bool main;         // the one that the kernel started: it cannot end by returning
+  bool exiting;      // run_application shall return
+  bool vfork_child;  // runs in the memory of a parent that waits
 };
 
 inline Thread& thread_of(core::Context& context) { return reinterpret_cast<Thread&>(context); }

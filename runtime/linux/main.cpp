@@ -1,0 +1,145 @@
+// The launcher: loads the application and runs it.
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <climits>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <string>
+
+#include "runtime/core/client.h"
+#include "runtime/linux/loader.h"
+#include "runtime/linux/modules.h"
+#include "runtime/linux/options.h"
+#include "runtime/linux/process.h"
+#include "runtime/linux/signals.h"
+#include "runtime/linux/stack.h"
+#include "runtime/linux/syscalls.h"
+
+namespace os {
+namespace {
+
+// Far from the launcher, its heap and the kernel's mappings, for programs that may lie anywhere.
+constexpr uint64_t kProgramHint = 0x5700000000;
+constexpr uint64_t kInterpreterHint = 0x5f00000000;
+
+struct Program {
+  int fd;
+  ElfHeaders headers;
+  Image image;
+};
+
+[[noreturn]] void refuse(const std::string& file, const char* reason, int status) {
+  std::fprintf(stderr, "tavok: %s: %s\n", file.c_str(), reason);
+  std::exit(status);
+}
+
+int status_of_error(int error) {
+  return error == ENOENT || error == ENOTDIR ? kNotFoundStatus : kCannotRunStatus;
+}
+
+Program open_program(const std::string& path) {
+  Program program = {open(path.c_str(), O_RDONLY | O_CLOEXEC), {}, {}};
+  struct stat status;
+  if (program.fd < 0 || fstat(program.fd, &status) != 0) {
+    refuse(path, std::strerror(errno), status_of_error(errno));
+  }
+  if (S_ISDIR(status.st_mode)) {
+    refuse(path, std::strerror(EISDIR), kCannotRunStatus);
+  }
+  // By the file's mode: a simulator that finds the file elsewhere may not do so for access().
+  if ((status.st_mode & (S_IXUSR | S_IXGRP | S_IXOTH)) == 0) {
+    refuse(path, std::strerror(EACCES), kCannotRunStatus);
+  }
+  if (const char* reason = read_elf(program.fd, program.headers)) {
+    refuse(path, reason, kCannotRunStatus);
+  }
+  return program;
+}
+
+void map_program(Program& program, const std::string& path, uint64_t hint) {
+  if (const char* reason = map_image(program.fd, program.headers, hint, program.image)) {
+    refuse(path, reason, kCannotRunStatus);
+  }
+  close(program.fd);
+}
+
+std::string real_path(const std::string& path) {
+  char resolved[PATH_MAX];
+  return realpath(path.c_str(), resolved) != nullptr ? resolved : path;
+}
+
+std::string own_path() {
+  char path[PATH_MAX];
+  const ssize_t length = readlink("/proc/self/exe", path, sizeof path);
+  return length > 0 ? std::string(path, static_cast<size_t>(length)) : std::string();
+}
+
+std::string application_path(const char* name) {
+  int status;
+  std::string path = find_application(name, status);
+  if (status == kNotFoundStatus) {
+    refuse(name, "not found", status);
+  }
+  if (status == kCannotRunStatus) {
+    refuse(name, std::strerror(EACCES), status);
+  }
+  return path;
+}
+
+// Maps the application and returns the thread that is about to run it.
+Thread& load(const std::string& path, char** arguments, char** environment) {
+  Program program = open_program(path);
+  const std::string& interpreter_path = program.headers.interpreter;
+  const bool dynamic = !interpreter_path.empty();
+  Program interpreter = dynamic ? open_program(interpreter_path) : Program{};
+  map_program(program, path, kProgramHint);
+  const Image& image = program.image;
+  add_module(image.begin, image.end, image.entry, paths.application, true);
+  set_initial_break(image.end);
+  if (dynamic) {
+    map_program(interpreter, interpreter_path, kInterpreterHint);
+    const Image& mapped = interpreter.image;
+    add_module(mapped.begin, mapped.end, mapped.entry, real_path(interpreter_path), false);
+  }
+  const uint64_t sp =
+      build_stack({&image, dynamic ? &interpreter.image : nullptr, path.c_str(), arguments,
+                   environment, program.headers.executable_stack});
+  if (sp == 0) {
+    refuse(path, "no memory for the stack", kCannotRunStatus);
+  }
+  Thread& thread = *new_thread();
+  thread.main = true;
+  thread.context.sp = sp;
+  thread.context.pc = dynamic ? interpreter.image.entry : image.entry;
+  return thread;
+}
+
+int launch(int argc, char** argv, char** environment) {
+  Options options = read_options(argc, argv);
+  if (options.status >= 0) {
+    return options.status;
+  }
+  const std::string path = application_path(options.application[0]);
+  paths = {real_path(path), own_path()};
+  if (options.name != nullptr) {
+    options.application[0] = const_cast<char*>(options.name);
+  }
+  install_handlers();
+  Thread& thread = load(path, options.application, environment);
+  core::start_client(static_cast<int>(options.client.size()) - 1, options.client.data());
+  begin_thread(thread);
+  thread.signals.mask = initial_mask();
+  run_application(thread);
+  return EXIT_FAILURE;  // not reached: the main thread ends by a system call
+}
+
+}  // namespace
+}  // namespace os
+
+int main(int argc, char** argv, char** environment) {
+  return os::launch(argc, argv, environment);
+}

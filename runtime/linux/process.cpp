@@ -1,0 +1,184 @@
+#include "runtime/linux/process.h"
+
+#include <sched.h>
+#include <sys/syscall.h>
+#include <unistd.h>
+
+#include <cstdio>
+#include <cstdlib>
+#include <mutex>
+#include <new>
+
+#include "runtime/core/cache.h"
+#include "runtime/core/client.h"
+#include "runtime/core/code_map.h"
+#include "runtime/core/dispatch.h"
+#include "runtime/core/fatal.h"
+#include "runtime/linux/modules.h"
+#include "runtime/linux/signals.h"
+#include "runtime/linux/syscalls.h"
+#include "runtime/linux/threads.h"
+
+namespace os {
+
+ProcessPaths paths;
+
+namespace {
+
+constinit std::mutex threads_mutex;
+constinit Thread* threads = nullptr;
+constinit int running = 0;      // of them, those that have not begun to end
+constinit int exit_status = 0;  // of the main thread, once it ended alone
+
+// How long to wait for another thread to leave its cache: one that is stopped never does.
+constexpr int kPatience = 100000;
+
+void wait_until_left(const Thread& other) {
+  for (int i = 0; i < kPatience && other.context.in_cache != 0 &&
+                  (other.context.pending & core::kFlushPending) != 0;
+       ++i) {
+    sched_yield();
+  }
+}
+
+void end_thread(Thread& thread) {
+  for (const auto event : core::client_events().thread_exit) {
+    event(&thread.context);
+  }
+}
+
+void run_exit_events() {
+  for (const auto event : core::client_events().exit) {
+    event();
+  }
+  std::fflush(stderr);
+}
+
+// Counts the thread out; whether it was the last one.
+bool leave_process() {
+  const std::lock_guard lock(threads_mutex);
+  return --running == 0;
+}
+
+}  // namespace
+
+Thread* new_thread() {
+  void* memory = std::aligned_alloc(alignof(Thread), sizeof(Thread));
+  if (memory == nullptr) {
+    core::fatal("no memory for a thread");
+  }
+  auto* thread = new (memory) Thread{};
+  thread->context.cache = core::create_cache();
+  thread->context.last_exit = EXIT_NONE;
+  thread->signals.actions = &process_actions;
+  const std::lock_guard lock(threads_mutex);
+  thread->next = threads;
+  threads = thread;
+  ++running;
+  return thread;
+}
+
+void delete_thread(Thread* thread) {
+  {
+    const std::lock_guard lock(threads_mutex);
+    Thread** link = &threads;
+    while (*link != thread) {
+      link = &(*link)->next;
+    }
+    *link = thread->next;
+  }
+  core::destroy_cache(thread->context.cache);
+  core::free_all_thread_memory(thread->context);
+  ir::dispose(thread->context.arena);
+  thread->~Thread();
+  std::free(thread);
+}
+
+void keep_only(Thread& thread) {
+  threads = &thread;
+  thread.next = nullptr;
+  thread.main = true;
+  running = 1;
+}
+
+void begin_thread(Thread& thread) {
+  core::set_current_context(&thread.context);
+  thread.id = static_cast<int>(syscall(SYS_gettid));
+  prepare_thread_signals(thread);
+  for (const auto event : core::client_events().thread_init) {
+    event(&thread.context);
+  }
+}
+
+void exit_process(Thread& thread, int status) {
+  // A vfork child shares its memory with the parent, whose client goes on.
+  if (!thread.vfork_child) {
+    set_kernel_mask(kAllSignals);
+    end_thread(thread);
+    run_exit_events();
+  }
+  syscall(SYS_exit_group, status);
+  __builtin_unreachable();
+}
+
+void code_changed(Thread& thread, uint64_t begin, uint64_t end) {
+  if (!core::forget_decoded(begin, end)) {
+    return;
+  }
+  core::add_pending(thread.context, core::kFlushPending);
+  const std::lock_guard lock(threads_mutex);
+  for (Thread* other = threads; other != nullptr; other = other->next) {
+    if (other != &thread) {
+      core::request_flush(other->context);
+    }
+  }
+  for (Thread* other = threads; other != nullptr; other = other->next) {
+    if (other != &thread) {
+      wait_until_left(*other);
+    }
+  }
+}
+
+void lock_runtime() {
+  threads_mutex.lock();
+  process_actions.mutex.lock();
+  lock_modules();
+  lock_break();
+  core::lock_code_map();
+}
+
+void unlock_runtime() {
+  core::unlock_code_map();
+  unlock_break();
+  unlock_modules();
+  process_actions.mutex.unlock();
+  threads_mutex.unlock();
+}
+
+int64_t sys_exit_group(Thread& thread, const Call& call) {
+  exit_process(thread, static_cast<int>(call.arguments[0]));
+}
+
+// One thread ends. The last one takes the process with it, whose status is the main thread's.
+int64_t sys_exit(Thread& thread, const Call& call) {
+  const int status = static_cast<int>(call.arguments[0]);
+  if (thread.main) {
+    exit_status = status;
+  }
+  if (thread.vfork_child || leave_process()) {
+    exit_process(thread, thread.vfork_child ? status : exit_status);
+  }
+  set_kernel_mask(kAllSignals);
+  end_thread(thread);
+  tell_thread_end(thread);
+  release_thread_signals(thread);
+  thread.exiting = true;
+  if (thread.main) {
+    core::set_current_context(nullptr);
+    delete_thread(&thread);
+    syscall(SYS_exit, status);
+  }
+  return kNoResult;
+}
+
+}  // namespace os

@@ -1,0 +1,153 @@
+// The calls that set masks and alternate stacks.
+#include <sys/syscall.h>
+
+#include <cerrno>
+#include <csignal>
+
+#include "runtime/core/entry.h"
+#include "runtime/linux/signals.h"
+#include "runtime/linux/syscalls.h"
+
+namespace os {
+namespace {
+
+constexpr uint64_t kMaskSize = sizeof(uint64_t);
+
+const void* memory_at(uint64_t address) { return reinterpret_cast<const void*>(address); }
+
+// Which argument of a waiting call points at the mask.
+unsigned mask_argument(uint64_t number) {
+  switch (number) {
+  case SYS_rt_sigsuspend:
+    return 0;
+  case SYS_ppoll:
+    return 3;
+  case SYS_pselect6:
+    return 5;
+  default:
+    return 4;
+  }
+}
+
+// pselect6 has more than six arguments: the last one points at these two.
+struct SelectMask {
+  uint64_t address;
+  uint64_t size;
+};
+
+bool is_in_use(const stack_t& stack, uint64_t sp) {
+  const auto begin = reinterpret_cast<uint64_t>(stack.ss_sp);
+  return (stack.ss_flags & SS_DISABLE) == 0 && sp > begin && sp - begin <= stack.ss_size;
+}
+
+// The new alternate stack, checked as the kernel does.
+int64_t check_stack(stack_t& stack) {
+  if (stack.ss_flags != 0 && stack.ss_flags != SS_DISABLE && stack.ss_flags != SS_ONSTACK) {
+    return -EINVAL;
+  }
+  if (stack.ss_flags == SS_DISABLE) {
+    stack.ss_sp = nullptr;
+    stack.ss_size = 0;
+    return 0;
+  }
+  stack.ss_flags = 0;
+  return stack.ss_size < size_t{MINSIGSTKSZ} ? -ENOMEM : 0;
+}
+
+bool change_mask(uint64_t& mask, uint64_t how, uint64_t set) {
+  switch (how) {
+  case SIG_BLOCK:
+    mask |= set;
+    return true;
+  case SIG_UNBLOCK:
+    mask &= ~set;
+    return true;
+  case SIG_SETMASK:
+    mask = set;
+    return true;
+  default:
+    return false;
+  }
+}
+
+}  // namespace
+
+int64_t sys_rt_sigprocmask(Thread& thread, const Call& call) {
+  const auto* wanted = reinterpret_cast<const void*>(call.arguments[1]);
+  auto* old = reinterpret_cast<void*>(call.arguments[2]);
+  uint64_t set = 0;
+  if (call.arguments[3] != kMaskSize) {
+    return -EINVAL;
+  }
+  if (wanted != nullptr && core_copy(&set, wanted, sizeof set) != 0) {
+    return -EFAULT;
+  }
+  const uint64_t before = thread.signals.mask;
+  uint64_t after = before;
+  if (wanted != nullptr && !change_mask(after, call.arguments[0], set)) {
+    return -EINVAL;
+  }
+  thread.signals.mask = after & ~kUnblockable;
+  if (after != before && !apply_mask(thread)) {
+    thread.signals.mask = before;
+    return kNotMade;
+  }
+  if (old != nullptr && core_copy(old, &before, sizeof before) != 0) {
+    return -EFAULT;
+  }
+  return 0;
+}
+
+// The mask goes to the kernel without the signals that are never masked.
+int64_t sys_wait_with_mask(Thread& thread, const Call& call) {
+  const unsigned argument = mask_argument(call.number);
+  const bool indirect = call.number == SYS_pselect6;
+  SelectMask given = {call.arguments[argument], kMaskSize};
+  if (indirect && given.address != 0 &&
+      core_copy(&given, memory_at(given.address), sizeof given) != 0) {
+    return -EFAULT;
+  }
+  if (given.address == 0) {
+    return pass_on(thread, call);
+  }
+  uint64_t mask;
+  if (core_copy(&mask, memory_at(given.address), sizeof mask) != 0) {
+    return -EFAULT;
+  }
+  const uint64_t wanted = mask & ~kNeverMasked;
+  given.address = reinterpret_cast<uint64_t>(&wanted);
+  Call changed = call;
+  changed.arguments[argument] = indirect ? reinterpret_cast<uint64_t>(&given) : given.address;
+  const int64_t result = pass_on(thread, changed);
+  thread.signals.temporary_mask = mask & ~kUnblockable;
+  thread.signals.has_temporary_mask = result != kNotMade;
+  return result;
+}
+
+int64_t sys_sigaltstack(Thread& thread, const Call& call) {
+  const uint64_t wanted = call.arguments[0];
+  auto* old = reinterpret_cast<void*>(call.arguments[1]);
+  stack_t& alternate = thread.signals.alternate;
+  const bool in_use = is_in_use(alternate, thread.context.sp);
+  stack_t before = alternate;
+  if (in_use) {
+    before.ss_flags |= SS_ONSTACK;
+  }
+  if (wanted != 0) {
+    stack_t stack;
+    if (core_copy(&stack, memory_at(wanted), sizeof stack) != 0) {
+      return -EFAULT;
+    }
+    const int64_t result = in_use ? -EPERM : check_stack(stack);
+    if (result != 0) {
+      return result;
+    }
+    alternate = stack;
+  }
+  if (old != nullptr && core_copy(old, &before, sizeof before) != 0) {
+    return -EFAULT;
+  }
+  return 0;
+}
+
+}  // namespace os

@@ -1,0 +1,27 @@
+// The beginning and the end of the application's threads.
+#pragma once
+
+#include "runtime/linux/thread.h"
+
+namespace os {
+
+// The arguments of clone and clone3 in one form.
+struct CloneArguments {
+  uint64_t flags;        // without the signal
+  int exit_signal;
+  uint64_t stack;        // the child's SP, 0: the parent's
+  uint64_t parent_tid;   // addresses
+  uint64_t child_tid;
+  uint64_t tls;
+  uint64_t pidfd;
+};
+
+// Each returns what the parent's call returns, or kNotMade.
+int64_t create_thread(Thread& parent, const CloneArguments& arguments);
+int64_t create_process(Thread& parent, const CloneArguments& arguments);
+
+// What the kernel does at a thread's end: robust mutexes are released, and whoever waits for the
+// thread learns of it.
+void tell_thread_end(Thread& thread);
+
+}  // namespace os
