@@ -10,6 +10,7 @@
 #include <cstdio>
 #include <cstring>
 #include <initializer_list>
+#include <map>
 #include <random>
 #include <set>
 #include <stdexcept>
@@ -135,10 +136,16 @@ inline constexpr Registers register_choices[] = {{1, 2, 3},   {4, 4, 5},    {6, 
 
 // The row of this name; a test that names none fails.
 inline const Row& row_named(std::string_view name) {
-  for (const Row& row : all_rows())
-    if (name == row.name)
-      return row;
-  throw std::runtime_error("no row " + std::string(name));
+  static const std::map<std::string_view, const Row*> rows = [] {
+    std::map<std::string_view, const Row*> by_name;
+    for (const Row& row : all_rows())
+      by_name.emplace(row.name, &row);
+    return by_name;
+  }();
+  const auto found = rows.find(name);
+  if (found == rows.end())
+    throw std::runtime_error("no row " + std::string(name));
+  return *found->second;
 }
 
 // An operand field of a word: its value from bit low upwards.
