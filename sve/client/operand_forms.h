@@ -7,6 +7,7 @@
 // the encoding, the lowest bit of the unusual place is in the name.
 #pragma once
 
+#include <bit>
 #include <cstdint>
 
 #include "sve/client/element_types.h"
@@ -259,15 +260,13 @@ template <class> struct BitmaskImm {
     const uint32_t size = size_bits(word);
     if (size == 0)
       return {0};
-    unsigned esize = 1u << (31 - __builtin_clz(size));
+    const unsigned esize = 1u << (31 - __builtin_clz(size));
     const unsigned s = field(word, 5, 6) & (esize - 1);
     const unsigned r = field(word, 11, 6) & (esize - 1);
     const uint64_t ones = ~0ull >> (63 - s);
     const uint64_t mask = ~0ull >> (64 - esize);
-    uint64_t value = r == 0 ? ones : (ones >> r | ones << (esize - r)) & mask;
-    for (; esize < 64; esize *= 2)
-      value |= value << esize;
-    return {value};
+    const uint64_t replicated = ones * (~0ull / mask);
+    return {std::rotr(replicated, static_cast<int>(r))};  // a period of esize: rotates each element
   }
 
 private:

@@ -65,7 +65,8 @@ namespace fast {
 template <class T>
 inline void store_with_flags(cpu_state* state, aarch64_p_reg pd, const uint8_t* governing,
                              predicate_bits result) {
-  set_predicate_flags(state, element_bits_of<T>(governing), result);
+  sve_ptest<T>(state, reinterpret_cast<const char*>(governing),
+               reinterpret_cast<const char*>(&result));
   store_bits(state->p[pd.index], result);
 }
 
