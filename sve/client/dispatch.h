@@ -66,6 +66,9 @@ constexpr int32_t decoder_key(uint32_t word, uint32_t mask) {
 // Every row lies in the SVE encoding space: bits 28 to 25 are 0010.
 constexpr bool in_sve_space(uint32_t word) { return (word >> 25 & 0xf) == 2; }
 
+// As is_sve, by the cascade of execute_sve_instruction. No word has a different stub there.
+decode_stub stub_to_execute(unsigned int word);
+
 extern "C" {
 
 // The decode stub of the word, or null if no row holds it. No side effects; safe on any thread.

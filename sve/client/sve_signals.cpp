@@ -29,11 +29,14 @@ void install(struct sigaction action) {
 }
 
 // Lets the kernel read the byte: sigprocmask looks at its set before it finds that `how` is none of
-// the known ones, and changes nothing. The set is the aligned doubleword around the byte.
+// the known ones, and changes nothing. The set is the aligned doubleword around the byte. At 0 it
+// would be no set at all, and nothing is ever mapped there.
 bool kernel_can_read(volatile char* address) {
   constexpr int no_such_how = -1;
   constexpr uintptr_t set_bytes = 8;
   const uintptr_t set = reinterpret_cast<uintptr_t>(address) & ~(set_bytes - 1);
+  if (set == 0)
+    return false;
   const int saved_errno = errno;
   const bool readable =
       syscall(SYS_rt_sigprocmask, no_such_how, set, nullptr, set_bytes) == 0 || errno != EFAULT;

@@ -93,13 +93,19 @@ decode_stub is_sve(unsigned int word) {
   return nullptr;
 }
 
+decode_stub stub_to_execute(unsigned int word) {
+  if (!in_sve_space(word))
+    return nullptr;
+  for (const uint8_t index : execution_order)
+    if (const decode_stub stub = find_in(maps[index], word))
+      return stub;
+  return nullptr;
+}
+
 aarch64_decode_rc execute_sve_instruction(cpu_state* state) {
   auto* const pc = reinterpret_cast<unsigned int*>(state->pc);
   const unsigned int word = *pc;
-  decode_stub stub = nullptr;
-  if (in_sve_space(word))
-    for (unsigned step = 0; step < decoder_maps && stub == nullptr; step++)
-      stub = find_in(maps[execution_order[step]], word);
+  const decode_stub stub = stub_to_execute(word);
   if (stub == nullptr)
     return aarch64_decode_unimplemented;
   if (const aarch64_decode_rc result = stub(state, word); result != aarch64_decode_ok)
