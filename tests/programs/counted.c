@@ -1,0 +1,28 @@
+// Prints how many SVE instructions it executes, which the report must repeat exactly.
+#include <stdint.h>
+#include <stdio.h>
+
+void counted_block(uint64_t n);
+void counted_branches(uint64_t n);
+void counted_while(uint64_t n);
+void counted_calls(uint64_t n);
+void counted_none(void);
+
+enum { VECTOR_BYTES = 16 };
+
+int main(void) {
+  uint64_t expected = 0;
+  counted_block(1000);
+  expected += 1000 * 3;
+  counted_branches(501);
+  expected += 251 * 4 + 250 * 2;
+  for (uint64_t n = 0; n < 200; n++) {
+    counted_while(n);
+    expected += 1 + 4 * ((n + VECTOR_BYTES - 1) / VECTOR_BYTES);
+  }
+  counted_calls(300);
+  expected += 300 * 3;
+  counted_none();
+  printf("%llu\n", (unsigned long long)expected);
+  return 0;
+}

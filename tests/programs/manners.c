@@ -1,0 +1,36 @@
+// Does one thing that a program's surroundings see: manners exit <status> | raise <signal> |
+// fault | args <words> | environment <name> | copy.
+#include <signal.h>
+#include <stdio.h>
+#include <stdlib.h>
+#include <string.h>
+#include <unistd.h>
+
+static void print_words(int count, char** words) {
+  printf("%d words", count);
+  for (int i = 0; i < count; i++) printf(" [%s]", words[i]);
+  printf("\n");
+}
+
+static int copy(void) {
+  char buffer[1000];
+  size_t total = 0, n;
+  while ((n = fread(buffer, 1, sizeof buffer, stdin)) > 0) {
+    fwrite(buffer, 1, n, stdout);
+    total += n;
+  }
+  fprintf(stderr, "copied %zu bytes\n", total);
+  return 0;
+}
+
+int main(int argc, char** argv) {
+  const char* const what = argc > 1 ? argv[1] : "";
+  const int number = argc > 2 ? atoi(argv[2]) : 0;
+  if (strcmp(what, "exit") == 0) exit(number);
+  if (strcmp(what, "raise") == 0) return raise(number);
+  if (strcmp(what, "fault") == 0) return *(volatile int*)(long)number;
+  if (strcmp(what, "args") == 0) return print_words(argc - 2, argv + 2), 0;
+  if (strcmp(what, "environment") == 0) return puts(getenv(argv[2])), 0;
+  if (strcmp(what, "copy") == 0) return copy();
+  return 99;
+}
