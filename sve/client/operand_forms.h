@@ -51,7 +51,8 @@ template <class T> struct Zdn {
 template <class T> using Zda = Zdn<T>;
 
 // SIMD and floating-point scalar registers, by number.
-template <unsigned low, class> struct VField {
+template <unsigned low, class T> struct VField {
+  static constexpr unsigned scalar_bits = T::bits;
   static constexpr uint32_t bits = field_bits(low, 5);
   static constexpr unsigned decode(uint32_t word) { return field(word, low, 5); }
 };

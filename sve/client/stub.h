@@ -4,6 +4,7 @@
 #include "host/fp_unit.h"
 #include "sve/client/dispatch.h"
 #include "sve/client/operand_forms.h"
+#include "sve/model/each_type.h"
 
 namespace stubs {
 
@@ -78,21 +79,6 @@ constexpr uint32_t size_field(element_size size) { return static_cast<uint32_t>(
   SVE_HOST_FP_ROW(type, operation, (value) | size_field(type::size), __VA_ARGS__)
 
 // A line of a table: the operation, its types in parentheses, and what is the same for all of them.
-#define SVE_COUNT(...) SVE_FIFTH(__VA_ARGS__, 4, 3, 2, 1)
-#define SVE_FIFTH(a, b, c, d, fifth, ...) fifth
-#define SVE_UNWRAP(...) __VA_ARGS__
-#define SVE_EACH(row, operation, types, ...)                                                       \
-  SVE_EACH_COUNTED(SVE_COUNT types, row, operation, SVE_UNWRAP types, __VA_ARGS__)
-#define SVE_EACH_COUNTED(count, ...) SVE_EACH_PASTED(count, __VA_ARGS__)
-#define SVE_EACH_PASTED(count, ...) SVE_EACH_##count(__VA_ARGS__)
-#define SVE_EACH_1(row, operation, a, ...) row(a, operation, __VA_ARGS__)
-#define SVE_EACH_2(row, operation, a, b, ...)                                                      \
-  row(a, operation, __VA_ARGS__) row(b, operation, __VA_ARGS__)
-#define SVE_EACH_3(row, operation, a, b, c, ...)                                                   \
-  SVE_EACH_2(row, operation, a, b, __VA_ARGS__) row(c, operation, __VA_ARGS__)
-#define SVE_EACH_4(row, operation, a, b, c, d, ...)                                                \
-  SVE_EACH_2(row, operation, a, b, __VA_ARGS__) SVE_EACH_2(row, operation, c, d, __VA_ARGS__)
-
 // Rows of the fast path, with the value as it stands or with the size field of each type.
 #define FAST(operation, types, value, ...)                                                         \
   SVE_EACH(SVE_FAST_ROW, operation, types, value, __VA_ARGS__)

@@ -8,6 +8,8 @@
 #include <cstring>
 
 #include "host/signal_context.h"
+#include "sve/client/cpu_state.h"
+#include "sve/model/context.h"
 
 int SVELibInitialized;
 constinit thread_local sigjmp_buf sveFaultJB;
@@ -56,6 +58,8 @@ int SVEInitialize() {
   struct sigaction action = {};
   action.sa_sigaction = SVESigHandler;
   install(action);
+  cpu_ctxt.vl = vector_bytes / sizeof(uint64_t);
+  ctxt = &cpu_ctxt;
   SVELibInitialized = 1;
   return SVELibInitialized;
 }

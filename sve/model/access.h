@@ -1,0 +1,88 @@
+// The element loops of loads and stores, over an address for each element.
+#pragma once
+
+#include "sve/model/memory.h"
+#include "sve/model/vector.h"
+
+namespace model {
+
+template <int msize> inline uint64_t read(uint64_t address, int first_done, bool* fault,
+                                          CpuContext* context) {
+  if constexpr (msize == 1)
+    return ReadMemLib1(address, first_done, fault, context);
+  else if constexpr (msize == 2)
+    return ReadMemLib2(address, first_done, fault, context);
+  else if constexpr (msize == 4)
+    return ReadMemLib4(address, first_done, fault, context);
+  else
+    return ReadMemLib8(address, first_done, fault, context);
+}
+
+template <int msize> inline void write(uint64_t value, uint64_t address, CpuContext* context) {
+  if constexpr (msize == 1)
+    WriteMemLib1(static_cast<uint8_t>(value), address, context);
+  else if constexpr (msize == 2)
+    WriteMemLib2(static_cast<uint16_t>(value), address, context);
+  else if constexpr (msize == 4)
+    WriteMemLib4(static_cast<uint32_t>(value), address, context);
+  else
+    WriteMemLib8(value, address, context);
+}
+
+// The low msize bytes, extended by the element's sign.
+template <class E, int msize> inline E extend(uint64_t value) {
+  constexpr int above = 64 - 8 * msize;
+  if constexpr (is_unsigned<E>)
+    return static_cast<E>(value << above >> above);
+  else
+    return static_cast<E>(static_cast<int64_t>(value << above) >> above);
+}
+
+template <class E, int msize> inline E read_element(uint64_t address, CpuContext* context) {
+  return extend<E, msize>(read<msize>(address, 0, nullptr, context));
+}
+
+template <class E, int msize, class Address>
+inline VecV load(const PredV& pg, CpuContext* context, Address address) {
+  return zero_inactive<E>(
+      pg, context, [&](unsigned e) { return read_element<E, msize>(address(e), context); });
+}
+
+template <class E, int msize, class Address>
+inline void store(const PredV& pg, const VecV& data, CpuContext* context, Address address) {
+  const unsigned n = elements<E>(context);
+  for (unsigned e = 0; e < n; e++)
+    if (active<E>(pg, e))
+      write<msize>(raw(get<E>(data, e)), address(e), context);
+}
+
+// Reads stop at the first fault. The element that faulted and all behind it, active or not, are 0
+// and lose their group in ffr. first_done: 1 for a non-fault load.
+template <class E, int msize, class Address>
+inline VecV load_guarded(const PredV& pg, CpuContext* context, int first_done, Address address) {
+  bool fault = false;
+  return map<E>(context, [&](unsigned e) {
+    E x = 0;
+    if (active<E>(pg, e) && !fault) {
+      const uint64_t value = read<msize>(address(e), first_done, &fault, context);
+      first_done = 1;
+      if (!fault)
+        x = extend<E, msize>(value);
+    }
+    if (fault)
+      set_group<E>(context->ffr, e, 0);
+    return x;
+  });
+}
+
+template <class E, int msize, class Address>
+inline VecV load_first_fault(const PredV& pg, CpuContext* context, Address address) {
+  return load_guarded<E, msize>(pg, context, 0, address);
+}
+
+template <class E, int msize, class Address>
+inline VecV load_non_fault(const PredV& pg, CpuContext* context, Address address) {
+  return load_guarded<E, msize>(pg, context, 1, address);
+}
+
+}  // namespace model

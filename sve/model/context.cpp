@@ -1,0 +1,4 @@
+#include "sve/model/context.h"
+
+CpuContext cpu_ctxt;
+CpuContext* ctxt;
