@@ -16,6 +16,7 @@ struct Format {
   int bias() const { return (1 << (exponent_bits - 1)) - 1; }
   int infinite_exponent() const { return (1 << exponent_bits) - 1; }
   std::uint64_t sign() const { return std::uint64_t{1} << (width - 1); }
+  std::uint64_t hidden() const { return std::uint64_t{1} << fraction_bits(); }
   std::uint64_t infinity() const {
     return static_cast<std::uint64_t>(infinite_exponent()) << fraction_bits();
   }
