@@ -64,9 +64,7 @@ uint32_t emit_jump(Cache& cache, unsigned scratch, uint64_t target) {
 void patch(Cache& cache, uint32_t site, uint32_t target) {
   CacheWriter writer(cache, site, site + 4);
   // One store, so that a processor fetches either the old branch or the new one.
-  __atomic_store_n(code_at(cache, site),
-                   enc::b(int64_t{target} - int64_t{site}),
-                   __ATOMIC_RELAXED);
+  __atomic_store_n(code_at(cache, site), enc::b(int64_t{target} - int64_t{site}), __ATOMIC_RELAXED);
 }
 
 void unlink_exit(Cache& cache, Exit& exit) {

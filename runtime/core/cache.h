@@ -28,8 +28,8 @@ struct Exit {
 };
 
 // Where an application instruction stands in a fragment. At that place the application's value of
-// the scratch register is in Context::mangle_save, and with kScratchPair that of the register behind
-// it in Context::mangle_save2; kNoScratch if there is none.
+// the scratch register is in Context::mangle_save, and with kScratchPair that of the register
+// behind it in Context::mangle_save2; kNoScratch if there is none.
 struct Place {
   uint16_t code_word;  // from the fragment's beginning
   uint8_t app_word;    // from the fragment's tag

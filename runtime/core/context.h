@@ -38,7 +38,7 @@ struct alignas(16) Context {
   const LookupEntry* lookup_table;     // the thread's own table, or the empty one
   uint64_t runtime_sp;                 // the stack for clean calls and for leaving the cache
   uint64_t call_return;                // where the last clean call returns to
-  uint64_t mangle_save2;                // the second one, where a pair is needed
+  uint64_t mangle_save2;               // the second one, where a pair is needed
   uint64_t x[31];
   uint64_t sp;
   uint64_t pc;
@@ -77,8 +77,8 @@ const LookupEntry* empty_lookup_table();
 void* allocate_thread_memory(Context& context, size_t size);
 void free_thread_memory(Context& context, void* memory);
 void free_all_thread_memory(Context& context);
-// All such memory of a thread as one sequence of bytes, for the frame of a signal handler. Restoring
-// expects the blocks that stood when it was saved.
+// All such memory of a thread as one sequence of bytes, for the frame of a signal handler.
+// Restoring expects the blocks that stood when it was saved.
 size_t thread_memory_size(const Context& context);
 void save_thread_memory(const Context& context, unsigned char* to);
 void restore_thread_memory(Context& context, const unsigned char* from);

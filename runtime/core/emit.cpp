@@ -205,8 +205,7 @@ void emit_conditional(Emitter& to, uint32_t word, uint64_t pc) {
   if (stolen) {
     load_field(to, scratch, CTX_MANGLE_SAVE);
   }
-  const uint32_t taken =
-      emit_site(to, pc + static_cast<uint64_t>(ir::branch_offset(word)));
+  const uint32_t taken = emit_site(to, pc + static_cast<uint64_t>(ir::branch_offset(word)));
   if (stolen) {
     load_field(to, scratch, CTX_MANGLE_SAVE);
   }

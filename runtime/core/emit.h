@@ -8,8 +8,8 @@
 
 namespace core {
 
-// A fragment under construction. Offsets are in bytes from the cache's beginning; nothing is written
-// to the cache before the fragment is complete.
+// A fragment under construction. Offsets are in bytes from the cache's beginning; nothing is
+// written to the cache before the fragment is complete.
 struct Emitter {
   Cache& cache;
   std::vector<uint32_t>& words;

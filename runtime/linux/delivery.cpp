@@ -62,8 +62,8 @@ bool apply_mask(Thread& thread) {
 }
 
 void prepare_thread_signals(Thread& thread) {
-  void* memory = mmap(nullptr, kHandlerStack, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS,
-                      -1, 0);
+  void* memory =
+      mmap(nullptr, kHandlerStack, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
   if (memory == MAP_FAILED) {
     core::fatal("no memory for a signal stack");
   }

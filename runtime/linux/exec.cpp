@@ -85,8 +85,7 @@ Program inspect(const std::string& path) {
   }
   // A program that changes its identity would lose that by way of the launcher.
   const bool plain = fstat(fd, &status) == 0 && S_ISREG(status.st_mode) &&
-                     (status.st_mode & (S_ISUID | S_ISGID)) == 0 &&
-                     access(path.c_str(), X_OK) == 0;
+                     (status.st_mode & (S_ISUID | S_ISGID)) == 0 && access(path.c_str(), X_OK) == 0;
   const ssize_t got = plain ? read(fd, head, kScriptLine) : 0;
   close(fd);
   Elf64_Ehdr header;

@@ -76,8 +76,8 @@ void fill_frame(const Thread& thread, const siginfo_t& info, uint64_t memory, ui
   }
   store_registers(thread.context, machine);
   auto* behind = reinterpret_cast<unsigned char*>(machine.__reserved) + sizeof(fpsimd_context);
-  new (behind) ThreadMemoryRecord{
-      {kThreadMemoryMagic, sizeof(ThreadMemoryRecord)}, memory, memory_size, 0};
+  new (behind)
+      ThreadMemoryRecord{{kThreadMemoryMagic, sizeof(ThreadMemoryRecord)}, memory, memory_size, 0};
 }
 
 void set_handler_mask(Thread& thread, const SignalAction& action, int signal) {
@@ -100,8 +100,8 @@ void set_handler_mask(Thread& thread, const SignalAction& action, int signal) {
 
 uint64_t sigreturn_page() {
   static const uint64_t page = [] {
-    void* memory = mmap(nullptr, page_size(), PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS,
-                        -1, 0);
+    void* memory =
+        mmap(nullptr, page_size(), PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
     if (memory == MAP_FAILED) {
       core::fatal("no memory for the signal return page");
     }

@@ -69,10 +69,9 @@ const char* map_tail(const Elf64_Phdr& segment, uint64_t bias) {
     std::memset(at(file_end), 0, anonymous - file_end);
     mprotect(at(page_floor(file_end)), page_size(), wanted);
   }
-  const bool mapped =
-      page_ceiling(end) <= anonymous ||
-      mmap(at(anonymous), page_ceiling(end) - anonymous, wanted,
-           MAP_PRIVATE | MAP_ANONYMOUS | MAP_FIXED, -1, 0) != MAP_FAILED;
+  const bool mapped = page_ceiling(end) <= anonymous ||
+                      mmap(at(anonymous), page_ceiling(end) - anonymous, wanted,
+                           MAP_PRIVATE | MAP_ANONYMOUS | MAP_FIXED, -1, 0) != MAP_FAILED;
   return mapped ? nullptr : kNoMemory;
 }
 
@@ -91,9 +90,9 @@ const char* map_segment(int fd, const Elf64_Phdr& segment, uint64_t bias) {
   if (segment.p_filesz != 0) {
     return map_tail(segment, bias);
   }
-  const bool mapped = begin == end || mmap(at(begin), end - begin, protection(segment),
-                                           MAP_PRIVATE | MAP_ANONYMOUS | MAP_FIXED, -1,
-                                           0) != MAP_FAILED;
+  const bool mapped =
+      begin == end || mmap(at(begin), end - begin, protection(segment),
+                           MAP_PRIVATE | MAP_ANONYMOUS | MAP_FIXED, -1, 0) != MAP_FAILED;
   return mapped ? nullptr : kNoMemory;
 }
 
@@ -131,7 +130,11 @@ const char* map_image(int fd, const ElfHeaders& headers, uint64_t hint, Image& i
       }
     }
   }
-  image = {bias,  begin, begin + size, bias + headers.file.e_entry, header_address(headers, bias),
+  image = {bias,
+           begin,
+           begin + size,
+           bias + headers.file.e_entry,
+           header_address(headers, bias),
            headers.file.e_phnum};
   return nullptr;
 }

@@ -105,9 +105,8 @@ Thread& load(const std::string& path, char** arguments, char** environment) {
     const Image& mapped = interpreter.image;
     add_module(mapped.begin, mapped.end, mapped.entry, real_path(interpreter_path), false);
   }
-  const uint64_t sp =
-      build_stack({&image, dynamic ? &interpreter.image : nullptr, path.c_str(), arguments,
-                   environment, program.headers.executable_stack});
+  const uint64_t sp = build_stack({&image, dynamic ? &interpreter.image : nullptr, path.c_str(),
+                                   arguments, environment, program.headers.executable_stack});
   if (sp == 0) {
     refuse(path, "no memory for the stack", kCannotRunStatus);
   }
@@ -140,6 +139,4 @@ int launch(int argc, char** argv, char** environment) {
 }  // namespace
 }  // namespace os
 
-int main(int argc, char** argv, char** environment) {
-  return os::launch(argc, argv, environment);
-}
+int main(int argc, char** argv, char** environment) { return os::launch(argc, argv, environment); }

@@ -93,9 +93,8 @@ void note_file_mapping(uint64_t address, uint64_t size, int fd) {
 
 void forget_modules(uint64_t begin, uint64_t end) {
   const std::lock_guard lock(modules_mutex);
-  std::erase_if(modules, [=](const Module& module) {
-    return module.begin >= begin && module.begin < end;
-  });
+  std::erase_if(modules,
+                [=](const Module& module) { return module.begin >= begin && module.begin < end; });
 }
 
 void lock_modules() { modules_mutex.lock(); }
@@ -109,9 +108,8 @@ module_data_t* dr_get_main_module() {
 
 module_data_t* dr_lookup_module(byte* pc) {
   const auto address = reinterpret_cast<uint64_t>(pc);
-  return os::find_module([=](const os::Module& module) {
-    return address >= module.begin && address < module.end;
-  });
+  return os::find_module(
+      [=](const os::Module& module) { return address >= module.begin && address < module.end; });
 }
 
 void dr_free_module_data(module_data_t* data) {

@@ -21,7 +21,8 @@ constexpr char kHelp[] =
     "  --help     this text\n"
     "  --version  the version\n"
     "\n"
-    "The application is searched for as a shell does. Its exit status is tavok's own; 2 is a wrong\n"
+    "The application is searched for as a shell does. Its exit status is tavok's own; 2 is a "
+    "wrong\n"
     "command line, 126 a file that cannot be run, 127 one that is not there, 70 a failure of the\n"
     "runtime.\n";
 

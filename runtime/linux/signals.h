@@ -57,7 +57,8 @@ void release_thread_signals(Thread& thread);
 
 // Gives the kernel the default action for `signal`.
 void restore_default(int signal);
-// For SIGSEGV and SIGBUS: lets the kernel ignore the signal, or gives it the runtime's handler back.
+// For SIGSEGV and SIGBUS: lets the kernel ignore the signal, or gives it the runtime's handler
+// back.
 void set_runtime_action(int signal, bool ignore);
 // Ends the process as the default action for `signal` does, or stops it; returns if that action is
 // to ignore the signal.

@@ -64,8 +64,8 @@ struct Writer {
 
 // What the host told the launcher about itself holds for the application too. AT_SYSINFO_EHDR is
 // left out: code of the vDSO belongs to no module and saves little.
-constexpr uint64_t kPassedOn[] = {AT_FLAGS, AT_UID,   AT_EUID,   AT_GID,    AT_EGID,        AT_SECURE,
-                                  AT_HWCAP, AT_HWCAP2, AT_CLKTCK, AT_MINSIGSTKSZ};
+constexpr uint64_t kPassedOn[] = {AT_FLAGS,  AT_UID,   AT_EUID,   AT_GID,    AT_EGID,
+                                  AT_SECURE, AT_HWCAP, AT_HWCAP2, AT_CLKTCK, AT_MINSIGSTKSZ};
 
 std::vector<uint64_t> auxiliary_vector(const StackContents& contents, Writer& strings) {
   std::vector<uint64_t> words;

@@ -127,8 +127,7 @@ int64_t sys_mprotect(Thread& thread, const Call& call) {
   changed.arguments[2] = without_execution(call.arguments[2]);
   const int64_t result = pass_on(thread, changed);
   if (result == 0) {
-    note_change(thread, call.arguments[0], call.arguments[1],
-                (call.arguments[2] & PROT_EXEC) != 0);
+    note_change(thread, call.arguments[0], call.arguments[1], (call.arguments[2] & PROT_EXEC) != 0);
   }
   return result;
 }

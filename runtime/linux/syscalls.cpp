@@ -52,8 +52,9 @@ constexpr Row kRows[] = {
 // clang-format on
 
 int64_t dispatch(Thread& thread, const Call& call) {
-  const auto row = std::find_if(std::begin(kRows), std::end(kRows),
-                                [&](const Row& candidate) { return candidate.number == call.number; });
+  const auto row = std::find_if(std::begin(kRows), std::end(kRows), [&](const Row& candidate) {
+    return candidate.number == call.number;
+  });
   return row != std::end(kRows) ? row->handler(thread, call) : pass_on(thread, call);
 }
 

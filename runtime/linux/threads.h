@@ -7,10 +7,10 @@ namespace os {
 
 // The arguments of clone and clone3 in one form.
 struct CloneArguments {
-  uint64_t flags;        // without the signal
+  uint64_t flags;  // without the signal
   int exit_signal;
-  uint64_t stack;        // the child's SP, 0: the parent's
-  uint64_t parent_tid;   // addresses
+  uint64_t stack;       // the child's SP, 0: the parent's
+  uint64_t parent_tid;  // addresses
   uint64_t child_tid;
   uint64_t tls;
   uint64_t pidfd;
