@@ -3,12 +3,13 @@
 
 namespace {
 
-// Those classes by the encoding: all of 0x04 and 0x24, all of 0x25 but its moves of immediates,
-// and of 0x05 the bitmask immediates (not their move), RBIT and REVW.
+// Those classes by the encoding: 0x04 but for FABS and FNEG, 0x24, 0x25 but for its moves of
+// immediates, and of 0x05 the bitmask immediates (not their move), RBIT and REVW.
 bool in_these_classes(const Row& row) {
   const uint32_t value = row.value;
   switch (value >> 24) {
   case 0x04:
+    return (value & 0x003ee000) != 0x001ca000;
   case 0x24:
     return true;
   case 0x25:
