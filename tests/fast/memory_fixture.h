@@ -7,7 +7,6 @@
 
 #include <csetjmp>
 #include <csignal>
-#include <regex>
 
 #include "tests/fast/fixture.h"
 
@@ -111,21 +110,51 @@ struct MemoryRow {
   }
 };
 
+// Takes the text from the front of the name, if it stands there.
+inline bool take(std::string_view& name, std::string_view text) {
+  const bool there = name.starts_with(text);
+  if (there)
+    name.remove_prefix(text.size());
+  return there;
+}
+
+inline unsigned take_number(std::string_view& name) {
+  unsigned number = 0;
+  for (; !name.empty() && name[0] >= '0' && name[0] <= '9'; name.remove_prefix(1))
+    number = 10 * number + static_cast<unsigned>(name[0] - '0');
+  return number;
+}
+
+// Reads Vec, type and bits, C or E and the registers, Load or Store, kind, memory bytes, shape, Z.
+inline bool parse(const Row& row, MemoryRow& form) {
+  std::string_view name = row.name;
+  form.row = &row;
+  form.is_signed = name.starts_with("VecS");
+  if (!take(name, form.is_signed ? "VecS" : "VecU"))
+    return false;
+  form.width = take_number(name) / 8;
+  form.registers = take(name, "E") ? take_number(name) : 1;
+  take(name, "C");
+  form.store = take(name, "Store");
+  if (!form.store && !take(name, "Load"))
+    return false;
+  form.kind = "";
+  for (const char* kind : {"NT", "FF", "NF", "Dup"})
+    if (take(name, kind))
+      form.kind = kind;
+  form.memory = take_number(name);
+  form.shape = name.substr(0, name.size() - 1);
+  return form.memory != 0 && name.ends_with("Z");
+}
+
 // The fast path's contiguous rows, or its gathers and scatters, that have one of these kinds.
-inline std::vector<MemoryRow> memory_rows(bool contiguous, std::set<std::string> kinds) {
-  static const std::regex name(
-      "Vec([US])([0-9]+)(?:E([234])|(C?))(Load|Store)(NT|FF|NF|Dup|)([1248])([ILSVXY]+)Z");
+inline std::vector<MemoryRow> memory_rows(bool contiguous, const std::set<std::string>& kinds) {
   std::vector<MemoryRow> rows;
   for (const Row& row : all_rows()) {
-    std::cmatch part;
-    if (row.tier != Tier::fast || !std::regex_match(row.name, part, name) ||
-        !kinds.contains(part[6].str()) || contiguous != (part[8] == "SI" || part[8] == "LSS"))
-      continue;
-    rows.push_back({&row, part[5] == "Store", part[1] == "S",
-                    static_cast<unsigned>(std::stoi(part[2].str())) / 8,
-                    static_cast<unsigned>(std::stoi(part[7].str())),
-                    part[3].matched ? static_cast<unsigned>(std::stoi(part[3].str())) : 1,
-                    part[6].str(), part[8].str()});
+    MemoryRow form;
+    if (row.tier == Tier::fast && parse(row, form) && kinds.contains(form.kind) &&
+        contiguous == (form.shape == "SI" || form.shape == "LSS"))
+      rows.push_back(form);
   }
   return rows;
 }

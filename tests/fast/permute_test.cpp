@@ -11,7 +11,7 @@ const auto* const coverage = testing::AddGlobalTestEnvironment(new Coverage([](c
   const std::string name = row.name;
   if (name.find("Load") != std::string::npos)
     return false;
-  for (const char* word : {"Zip", "Uzp", "Trn", "Tbl", "Reverse", "Unpack", "Slide", "Dup", "Sel",
+  for (const char* word : {"Zip", "Uzp", "Trn", "Tbl", "Reverse", "Unpack", "Slide", "Dup", "SelVV",
                            "LastB", "CondXB", "F32AbsVM", "D64AbsVM", "F32NegVM", "D64NegVM"})
     if (name.find(word) != std::string::npos)
       return true;
