@@ -8,27 +8,15 @@
 #include <random>
 #include <string>
 
+#include "tests/core/captured_stderr.h"
+
 namespace {
 
 using namespace std::string_literals;
 
-// Runs the function with stderr, a variable in this C library, set to a string.
-template <class Function> std::string captured(Function function) {
-  char* text = nullptr;
-  size_t length = 0;
-  FILE* const before = stderr;
-  stderr = open_memstream(&text, &length);
-  function();
-  fclose(stderr);
-  stderr = before;
-  const std::string result(text, length);
-  free(text);
-  return result;
-}
-
 std::string printed(cpu_state& state, const char* query, unsigned reg = all_indices,
                     unsigned element = all_indices) {
-  return captured([&] { dump_state(&state, query, reg, element); });
+  return captured_stderr([&] { dump_state(&state, query, reg, element); });
 }
 
 // Doublewords of z, and what follows from them: bytes ascending, special numbers of every format.
@@ -273,7 +261,7 @@ TEST(StateDump, PrintsEverything) {
   for (const char* query :
        {static_cast<const char*>(nullptr), "", "foo", "help me", "ip ", ".q", "[x]"})
     EXPECT_EQ(printed(state, query), everything) << (query == nullptr ? "null" : query);
-  EXPECT_EQ(captured([&] { info_all_registers(&state, nullptr); }), everything);
+  EXPECT_EQ(captured_stderr([&] { info_all_registers(&state, nullptr); }), everything);
 }
 
 // Parts that do not fit are ignored.

@@ -1,0 +1,164 @@
+// The client's life: start, threads, exit and report.
+#include <gtest/gtest.h>
+
+#include <regex>
+
+#include "dr_api.h"
+#include "sve/client/cpu_state.h"
+#include "sve/client/statistics.h"
+#include "tests/core/captured_stderr.h"
+#include "tests/core/fake_runtime.h"
+
+extern "C" const int32_t _USES_DR_VERSION_;
+extern "C" module_data_t* exe;
+
+namespace {
+
+using fake::runtime;
+using Calls = std::vector<std::string>;
+
+byte application[64];
+
+class Client : public testing::Test {
+protected:
+  void SetUp() override {
+    runtime = {};
+    runtime.modules = {{application, application + sizeof application, nullptr, "/a/b/prog"}};
+    exe = nullptr;
+  }
+  void TearDown() override {
+    if (exe != nullptr)
+      dr_free_module_data(exe);
+    EXPECT_EQ(runtime.modules_held, 0);
+  }
+
+  static void start(std::vector<const char*> arguments = {"client"}) {
+    dr_client_main(0, static_cast<int>(arguments.size()), arguments.data());
+  }
+
+  static std::string report() {
+    return captured_stderr([] { runtime.exit(); });
+  }
+
+  static bool has_assertion(const std::string& expression) {
+    const std::regex form("ASSERT FAILURE: sve/client/sve_client:[1-9][0-9]*: (.*) \\(\\)\n");
+    std::smatch match;
+    return std::regex_match(runtime.errors, match, form) && match[1] == expression &&
+           runtime.calls.back() == "dr_abort";
+  }
+};
+
+const Calls start_calls = {"dr_set_client_name Kestrin SVE emulation client",
+                           "drmgr_init",
+                           "drreg_init",
+                           "dr_get_main_module",
+                           "drmgr_register_thread_init_event",
+                           "drmgr_register_thread_exit_event",
+                           "dr_register_exit_event",
+                           "drmgr_register_bb_app2app_event",
+                           "drmgr_register_tls_field",
+                           "dr_log 1 16777215 1 SVE client initializing\n"};
+
+// The first calls of a start, and the end of the process.
+Calls start_until(const std::string& last) {
+  Calls calls;
+  for (const std::string& call : start_calls) {
+    calls.push_back(call);
+    if (call == last)
+      break;
+  }
+  calls.push_back("dr_abort");
+  return calls;
+}
+
+TEST_F(Client, Starts) {
+  sve_instr_count = 5;
+  start();
+  EXPECT_EQ(runtime.calls, start_calls);
+  EXPECT_EQ(runtime.errors, "");
+  EXPECT_EQ(sve_instr_count, 0u);
+  ASSERT_NE(exe, nullptr);
+  EXPECT_EQ(exe->start, application);
+  EXPECT_EQ(_USES_DR_VERSION_, 602);
+}
+
+TEST_F(Client, TakesNoArguments) {
+  start({"client", "--"});
+  EXPECT_EQ(runtime.calls, start_calls);
+  SetUp();
+  start({"client", "--", "foo"});
+  EXPECT_EQ(runtime.calls, start_calls);
+  SetUp();
+  EXPECT_THROW(start({"client", "-foo"}), fake::aborted);
+  EXPECT_EQ(runtime.errors, "Usage error: Unknown option: -foo\n");
+  EXPECT_EQ(runtime.calls, start_until(start_calls[0]));
+  SetUp();
+  EXPECT_THROW(start({"client", "", "--"}), fake::aborted);
+  EXPECT_EQ(runtime.errors, "Usage error: Unknown option: \n");
+}
+
+TEST_F(Client, AssertsItsStart) {
+  runtime.drmgr_init_result = false;
+  EXPECT_THROW(start(), fake::aborted);
+  EXPECT_TRUE(has_assertion("false")) << runtime.errors;
+  EXPECT_EQ(runtime.calls, start_until("drmgr_init"));
+  SetUp();
+  runtime.drreg_init_result = DRREG_ERROR;
+  EXPECT_THROW(start(), fake::aborted);
+  EXPECT_TRUE(has_assertion("false")) << runtime.errors;
+  EXPECT_EQ(runtime.calls, start_until("drreg_init"));
+  SetUp();
+  runtime.register_block_result = false;
+  EXPECT_THROW(start(), fake::aborted);
+  EXPECT_TRUE(has_assertion("false")) << runtime.errors;
+  EXPECT_EQ(runtime.calls, start_until("drmgr_register_bb_app2app_event"));
+}
+
+TEST_F(Client, KeepsARecordForEachThread) {
+  start();
+  runtime.thread_init(&runtime.thread);
+  EXPECT_EQ(runtime.thread.allocated, sizeof(cpu_state));
+  EXPECT_NE(runtime.thread.field, nullptr);
+  runtime.thread_exit(&runtime.thread);
+  EXPECT_EQ(runtime.thread.allocated, 0u);
+
+  runtime.thread.field = nullptr;
+  EXPECT_THROW(runtime.thread_exit(&runtime.thread), fake::aborted);
+  EXPECT_TRUE(has_assertion("data != __null")) << runtime.errors;
+}
+
+TEST_F(Client, ReportsAtExit) {
+  start();
+  sve_instr_count = 12'345'678'901;
+  runtime.calls.clear();
+  EXPECT_EQ(report(), "prog: 12345678901 SVE instructions executed\n"
+                      "prog: 0 Non-SVE AArch64 instructions executed\n");
+  EXPECT_EQ(runtime.calls,
+            (Calls{"dr_log 1 16777215 1 SVE client exiting\n", "drmgr_unregister_bb_app2app_event",
+                   "drreg_exit", "drmgr_exit"}));
+  EXPECT_EQ(runtime.modules_held, 0);
+}
+
+TEST_F(Client, ReportsWithoutAModule) {
+  runtime.has_main_module = false;
+  start();
+  EXPECT_EQ(exe, nullptr);
+  EXPECT_EQ(report(), "tavok: 0 SVE instructions executed\n"
+                      "tavok: 0 Non-SVE AArch64 instructions executed\n");
+}
+
+TEST_F(Client, AssertsItsExit) {
+  start();
+  runtime.unregister_block_result = false;
+  captured_stderr([] { EXPECT_THROW(runtime.exit(), fake::aborted); });
+  EXPECT_TRUE(has_assertion("false")) << runtime.errors;
+  EXPECT_EQ(std::count(runtime.calls.begin(), runtime.calls.end(), "drreg_exit"), 0);
+  SetUp();
+  start();
+  runtime.drreg_exit_result = DRREG_ERROR;
+  captured_stderr([] { EXPECT_THROW(runtime.exit(), fake::aborted); });
+  EXPECT_TRUE(has_assertion("false")) << runtime.errors;
+  EXPECT_EQ(std::count(runtime.calls.begin(), runtime.calls.end(), "drmgr_exit"), 0);
+}
+
+}  // namespace
