@@ -68,6 +68,18 @@
     });                                                                                            \
   }
 
+// Without predicate: one source x.
+#define PLAIN_UNARY(operation, types, ...)                                                         \
+  SVE_EACH(PLAIN_UNARY_FUNCTION, operation, types, __VA_ARGS__)
+#define PLAIN_UNARY_FUNCTION(type, operation, ...)                                                 \
+  MODEL_DEFINE(type, operation, VecV, (VecV zn)) {                                                 \
+    using E = model::type;                                                                         \
+    return map<E>(context, [&](unsigned e) {                                                       \
+      const E x = get<E>(zn, e);                                                                   \
+      return static_cast<E>(__VA_ARGS__);                                                          \
+    });                                                                                            \
+  }
+
 // Without predicate: sources a and b.
 #define PLAIN_BINARY(operation, types, ...)                                                        \
   SVE_EACH(PLAIN_BINARY_FUNCTION, operation, types, __VA_ARGS__)

@@ -1,0 +1,87 @@
+// Conversions between formats and integers, and rounding to integral values. The container of an
+// element is the wider of source and result; results fill it.
+#include "sve/fp/convert.h"
+
+#include "sve/model/floating_point.h"
+#include "sve/model/fp_element.h"
+
+using namespace model;
+
+// clang-format off
+FP_MERGING(FRIntAVM, (F16, F32, D64), FPRoundInt(b, FPRounding_TIEAWAY, false, fpscr))
+FP_MERGING(FRIntIVM, (F16, F32, D64), FPRoundInt(b, FPRoundingMode(fpscr), false, fpscr))
+FP_MERGING(FRIntMVM, (F16, F32, D64), FPRoundInt(b, FPRounding_NEGINF, false, fpscr))
+FP_MERGING(FRIntNVM, (F16, F32, D64), FPRoundInt(b, FPRounding_TIEEVEN, false, fpscr))
+FP_MERGING(FRIntPVM, (F16, F32, D64), FPRoundInt(b, FPRounding_POSINF, false, fpscr))
+FP_MERGING(FRIntXVM, (F16, F32, D64), FPRoundInt(b, FPRoundingMode(fpscr), true, fpscr))
+FP_MERGING(FRIntZVM, (F16, F32, D64), FPRoundInt(b, FPRounding_ZERO, false, fpscr))
+// clang-format on
+
+// The type, the operation, container, and the types of source and result.
+#define FP_TO_FP(type, operation, Container, From, To)                                             \
+  MODEL_DEFINE(type, operation, VecV, (VecV old, PredV pg, VecV zn)) {                             \
+    return merge<Container>(old, pg, context, [&](unsigned e) -> Container {                       \
+      const auto x = static_cast<From>(get<Container>(zn, e));                                     \
+      return conversion_step(context, [&](FPSCR& fpscr) {                                          \
+        return FPConvert<To>(x, FPRoundingMode(fpscr), fpscr);                                     \
+      });                                                                                          \
+    });                                                                                            \
+  }
+#define INTEGER_TO_FP(type, operation, Container, From, To)                                        \
+  MODEL_DEFINE(type, operation, VecV, (VecV old, PredV pg, VecV zn)) {                             \
+    return merge<Container>(old, pg, context, [&](unsigned e) -> Container {                       \
+      const uint64_t x = raw(static_cast<From>(get<Container>(zn, e)));                            \
+      return step(context, [&](FPSCR& fpscr) {                                                     \
+        return fplibFixedToFP<To>(x, 0, is_unsigned<From>, FPRoundingMode(fpscr), fpscr);          \
+      });                                                                                          \
+    });                                                                                            \
+  }
+#define FP_TO_INTEGER(type, operation, Container, From, To)                                        \
+  MODEL_DEFINE(type, operation, VecV, (VecV old, PredV pg, VecV zn)) {                             \
+    return merge<Container>(old, pg, context, [&](unsigned e) -> Container {                       \
+      const auto x = static_cast<From>(get<Container>(zn, e));                                     \
+      return static_cast<Container>(static_cast<To>(step(context, [&](FPSCR& fpscr) {              \
+        return fplibFPToFixed<std::make_unsigned_t<To>>(x, 0, is_unsigned<To>, FPRounding_ZERO,    \
+                                                        fpscr);                                    \
+      })));                                                                                        \
+    });                                                                                            \
+  }
+
+// clang-format off
+FP_TO_FP(F32, ExtndHVM, uint32_t, uint16_t, uint32_t)
+FP_TO_FP(D64, ExtndHVM, uint64_t, uint16_t, uint64_t)
+FP_TO_FP(D64, ExtndFVM, uint64_t, uint32_t, uint64_t)
+FP_TO_FP(H32, TruncFVM, uint32_t, uint32_t, uint16_t)
+FP_TO_FP(H64, TruncDVM, uint64_t, uint64_t, uint16_t)
+FP_TO_FP(F64, TruncDVM, uint64_t, uint64_t, uint32_t)
+
+INTEGER_TO_FP(F16, FromS2VM, uint16_t, int16_t, uint16_t)
+INTEGER_TO_FP(F16, FromU2VM, uint16_t, uint16_t, uint16_t)
+INTEGER_TO_FP(F16, FromS4VM, uint32_t, int32_t, uint16_t)
+INTEGER_TO_FP(F16, FromU4VM, uint32_t, uint32_t, uint16_t)
+INTEGER_TO_FP(F16, FromS8VM, uint64_t, int64_t, uint16_t)
+INTEGER_TO_FP(F16, FromU8VM, uint64_t, uint64_t, uint16_t)
+INTEGER_TO_FP(F32, FromS4VM, uint32_t, int32_t, uint32_t)
+INTEGER_TO_FP(F32, FromU4VM, uint32_t, uint32_t, uint32_t)
+INTEGER_TO_FP(F64, FromS8VM, uint64_t, int64_t, uint32_t)
+INTEGER_TO_FP(F64, FromU8VM, uint64_t, uint64_t, uint32_t)
+INTEGER_TO_FP(D64, FromS4VM, uint64_t, int32_t, uint64_t)
+INTEGER_TO_FP(D64, FromU4VM, uint64_t, uint32_t, uint64_t)
+INTEGER_TO_FP(D64, FromS8VM, uint64_t, int64_t, uint64_t)
+INTEGER_TO_FP(D64, FromU8VM, uint64_t, uint64_t, uint64_t)
+
+FP_TO_INTEGER(S16, _2FromHVM, uint16_t, uint16_t, int16_t)
+FP_TO_INTEGER(U16, _2FromHVM, uint16_t, uint16_t, uint16_t)
+FP_TO_INTEGER(S32, _4FromHVM, uint32_t, uint16_t, int32_t)
+FP_TO_INTEGER(U32, _4FromHVM, uint32_t, uint16_t, uint32_t)
+FP_TO_INTEGER(S64, _8FromHVM, uint64_t, uint16_t, int64_t)
+FP_TO_INTEGER(U64, _8FromHVM, uint64_t, uint16_t, uint64_t)
+FP_TO_INTEGER(S32, _4FromFVM, uint32_t, uint32_t, int32_t)
+FP_TO_INTEGER(U32, _4FromFVM, uint32_t, uint32_t, uint32_t)
+FP_TO_INTEGER(S64, _8FromFVM, uint64_t, uint32_t, int64_t)
+FP_TO_INTEGER(U64, _8FromFVM, uint64_t, uint32_t, uint64_t)
+FP_TO_INTEGER(S64, _4FromDVM, uint64_t, uint64_t, int32_t)
+FP_TO_INTEGER(U64, _4FromDVM, uint64_t, uint64_t, uint32_t)
+FP_TO_INTEGER(S64, _8FromDVM, uint64_t, uint64_t, int64_t)
+FP_TO_INTEGER(U64, _8FromDVM, uint64_t, uint64_t, uint64_t)
+// clang-format on
