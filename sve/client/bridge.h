@@ -164,8 +164,8 @@ template <class R, class... All> struct ModelSignature<R (*)(All...)> {
 };
 
 template <auto function, class T, template <class> class... Forms, size_t... i>
-inline auto call_model(const cpu_state* state, uint32_t word, CpuContext* context,
-                       std::index_sequence<i...>) {
+inline auto call_model([[maybe_unused]] const cpu_state* state, [[maybe_unused]] uint32_t word,
+                       CpuContext* context, std::index_sequence<i...>) {
   using Parameters = typename ModelSignature<decltype(function)>::Parameters;
   return function(
       Argument<std::tuple_element_t<i, Parameters>>::template of<T, Forms<T>>(state, word)...,
@@ -195,7 +195,7 @@ template <class T, template <class> class Destination, template <class> class...
 constexpr uint32_t model_mask_of() {
   uint32_t operands = Destination<T>::bits;
   bool sound = true;
-  const auto claim = [&]<class Form>() {
+  [[maybe_unused]] const auto claim = [&]<class Form>() {
     if constexpr (requires { Form::of_destination; }) {
       sound = sound && Form::bits == Destination<T>::bits;
     } else {

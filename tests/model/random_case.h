@@ -1,0 +1,31 @@
+// One case of a comparison of tiers: a word of a row, a record full of interesting values, and
+// memory that the word's addresses lie in.
+#pragma once
+
+#include <array>
+#include <string_view>
+
+#include "tests/fast/fixture.h"
+
+namespace tiers {
+
+// Application memory of a case. Every address of a case lies well inside of it.
+struct Memory {
+  static constexpr size_t size = 16384;
+  alignas(64) std::array<uint8_t, size> bytes;
+
+  uint64_t middle() const { return reinterpret_cast<uint64_t>(bytes.data()) + size / 2; }
+};
+
+struct Case {
+  uint32_t word;
+  cpu_state state;
+};
+
+// A case for the row, which may write what it likes into the memory first.
+Case random_case(const Row& row, fixture::Random& random, Memory& memory);
+
+// Floating-point values at which arithmetic turns, of so many bytes (2, 4 or 8).
+uint64_t interesting_fp(fixture::Random& random, unsigned width);
+
+}  // namespace tiers
