@@ -12,6 +12,7 @@
 #include "sve/client/exports.h"
 #include "sve/client/inserted_code.h"
 #include "sve/client/statistics.h"
+#include "sve/client/thread_records.h"
 
 extern "C" {
 // The version of the runtime's interface that the client is built for; a runtime may refuse others.
@@ -109,13 +110,16 @@ dr_emit_flags_t event_instruction_change(void* drcontext, void* tag, instrlist_t
 }
 
 void event_thread_init(void* drcontext) {
-  drmgr_set_tls_field(drcontext, tls_idx, dr_thread_alloc(drcontext, sizeof(cpu_state)));
+  auto* const data = static_cast<cpu_state*>(dr_thread_alloc(drcontext, sizeof(cpu_state)));
+  drmgr_set_tls_field(drcontext, tls_idx, data);
+  list_thread_record(data);
 }
 
 void event_thread_exit(void* drcontext) {
   cpu_state* const data = thread_record(drcontext);
   if (data == nullptr)
     assertion_failure(__LINE__, "data != __null");
+  unlist_thread_record(data);
   dr_thread_free(drcontext, data, sizeof(cpu_state));
 }
 
@@ -164,5 +168,6 @@ void dr_client_main(client_id_t, int argc, const char* argv[]) {
   tls_idx = drmgr_register_tls_field();
   sve_instr_count = 0;
   aarch64_instr_count = 0;
+  keep_thread_records_over_fork();
   dr_log(nullptr, DR_LOG_ALL, 1, "SVE client initializing\n");
 }

@@ -1,0 +1,59 @@
+"""Runs gdb on a program, natively or through a simulator's gdb port, and tells what it printed."""
+
+import os
+import shutil
+import subprocess
+import sys
+import tempfile
+
+SCRIPT = os.path.join(os.path.dirname(os.path.abspath(__file__)), "..", "..", "tools", "gdb",
+                      "tavok-gdb.py")
+PATIENCE = 240  # seconds until a session that hangs is ended
+
+
+def split_host(arguments):
+    """The arguments in front of `--`, and the words behind it that run a program."""
+    at = arguments.index("--")
+    return arguments[:at], arguments[at + 1:]
+
+
+def gdb_program(host):
+    """gdb for this processor, or for any where the program runs simulated."""
+    name = "gdb-multiarch" if host else "gdb"
+    found = shutil.which(name) or shutil.which("gdb-multiarch")
+    if found is None:
+        sys.exit("the test needs " + name)
+    return found
+
+
+def run(host, command, gdb_arguments, directory=None):
+    """What gdb printed, errors among it, when it debugged the command. The arguments begin when
+    gdb is connected, or has the program but has not started it."""
+    with tempfile.TemporaryDirectory() as scratch:
+        environment = dict(os.environ, DEBUGINFOD_URLS="", ASAN_OPTIONS="detect_leaks=0")
+        line = [gdb_program(host), "-nx", "-q", "-batch", "-ex", "set confirm off",
+                "-ex", "set style enabled off"]
+        simulator = None
+        if host:
+            socket = os.path.join(scratch, "gdb")
+            simulator = subprocess.Popen([host[0], "-g", socket, *host[1:], *command],
+                                         stdin=subprocess.DEVNULL, stdout=subprocess.DEVNULL,
+                                         stderr=subprocess.DEVNULL, cwd=directory)
+            line += ["-ex", "file " + command[0], "-ex", "set tcp connect-timeout 30",
+                     "-ex", "python wait_for('%s')" % socket, "-ex", "target remote " + socket]
+            waiting = os.path.join(scratch, "wait.py")
+            with open(waiting, "w", encoding="utf-8") as file:
+                file.write("import os, time\ndef wait_for(path):\n"
+                           "    while not os.path.exists(path): time.sleep(0.05)\n")
+            line[5:5] = ["-x", waiting]
+            line += gdb_arguments
+        else:
+            line += gdb_arguments + ["--args", *command]
+        try:
+            result = subprocess.run(line, capture_output=True, text=True, errors="replace",
+                                    timeout=PATIENCE, env=environment, cwd=directory, check=False)
+        finally:
+            if simulator is not None:
+                simulator.kill()
+                simulator.wait()
+        return result.stdout + result.stderr
