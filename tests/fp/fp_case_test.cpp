@@ -58,6 +58,14 @@ const Case arithmetic_cases[] = {
   {"signalling factor, quiet addend", OP(FPMulAdd<S>(0x7fc00003, 0x7f800001, 0, w)), 0, 0x7fc00001, FPSCR_IOC},
   {"exact zero product leaves the addend", OP(FPMulAdd<D>(1, 0, 5, w)), up, 1, 0},
   {"tiny product moves a huge addend up", OP(FPMulAdd<S>(0x7f000000, 1, 1, w)), up, 0x7f000001, FPSCR_IXC},
+  // 2^(4n+2) + 1 has factors that fit a mantissa: a product with two bits, far apart. The low one
+  // lies below all that alignment keeps, and must still turn a tie.
+  {"half: just above a tie", OP(FPMulAdd<H>(0x3c00, 0x3c42, 0x0f84, w)), 0, 0x3c01, FPSCR_IXC},
+  {"half: just below a tie", OP(FPMulAdd<H>(0x3c02, 0x3c42, 0x8f84, w)), 0, 0x3c01, FPSCR_IXC},
+  {"single: just above a tie", OP(FPMulAdd<S>(0x3f800000, 0x4b001001, 0x27ffe002, w)), 0, 0x3f800001, FPSCR_IXC},
+  {"single: just below a tie", OP(FPMulAdd<S>(0x3f800002, 0x4b001001, 0xa7ffe002, w)), 0, 0x3f800001, FPSCR_IXC},
+  {"double: just above a tie", OP(FPMulAdd<D>(0x3ff0000000000000, 0x4320000008000002, 0x396ffffff0000004, w)), 0, 0x3ff0000000000001, FPSCR_IXC},
+  {"double: just below a tie", OP(FPMulAdd<D>(0x3ff0000000000002, 0x4320000008000002, 0xb96ffffff0000004, w)), 0, 0x3ff0000000000001, FPSCR_IXC},
   {"FPMulX of -infinity and 0", OP(FPMulX<H>(0xfc00, 0, w)), 0, 0xc000, 0},
   {"FPMul of infinity and 0", OP(FPMul<H>(0x7c00, 0, w)), 0, 0x7e00, FPSCR_IOC},
   {"finite by -0", OP(FPDiv<S>(0x3f800000, 0x80000000, w)), 0, 0xff800000, FPSCR_DZC},
