@@ -1,0 +1,306 @@
+// Handlers of all kinds: what they see, what they change, when they run.
+#define _GNU_SOURCE
+#include <errno.h>
+#include <setjmp.h>
+#include <signal.h>
+#include <stdint.h>
+#include <stdio.h>
+#include <stdlib.h>
+#include <string.h>
+#include <sys/mman.h>
+#include <sys/time.h>
+#include <sys/wait.h>
+#include <ucontext.h>
+#include <unistd.h>
+
+#ifndef SEGV_MAPERR
+#define SEGV_MAPERR 1
+#endif
+
+static void install(int signal, void (*handler)(int, siginfo_t*, void*), int flags) {
+  struct sigaction action = {0};
+  action.sa_sigaction = handler;
+  action.sa_flags = SA_SIGINFO | flags;
+  if (sigaction(signal, &action, NULL) != 0) {
+    printf("sigaction failed\n");
+  }
+}
+
+// ---- synchronous: the exact instruction, registers that can be changed --------------------------
+
+extern char store_word[], trap_word[], undefined_word[], load_word[];
+static const char* expected_pc;
+static volatile int seen;
+
+static void skip(int signal, siginfo_t* info, void* context) {
+  ucontext_t* at = context;
+  const int exact = (char*)at->uc_mcontext.pc == expected_pc;
+  printf("signal %d, code %d, pc %s, x28 %#llx, x0 %#llx\n", signal, info->si_code,
+         exact ? "exact" : "wrong", at->uc_mcontext.regs[28], at->uc_mcontext.regs[0]);
+  if (signal == SIGSEGV) {
+    printf("address %p, in the context %#llx\n", info->si_addr, at->uc_mcontext.fault_address);
+  }
+  if (signal == SIGILL) {
+    printf("address %s\n", (char*)info->si_addr == expected_pc ? "exact" : "wrong");
+  }
+  at->uc_mcontext.pc += 4;
+  at->uc_mcontext.regs[28] = 0x2828;
+  at->uc_mcontext.regs[1] = 0x11;
+  ++seen;
+}
+
+__attribute__((noinline)) static void faulting(void) {
+  register uint64_t x0 __asm__("x0") = 0x1230;
+  register uint64_t x1 __asm__("x1") = 5;
+  register uint64_t x2 __asm__("x2");
+  expected_pc = store_word;
+  __asm__ volatile("str x28, [sp, #-16]!\n mov x28, x0\n .global store_word\n"
+                   "store_word: str x1, [x28, #8]\n mov x2, x28\n ldr x28, [sp], #16"
+                   : "+r"(x0), "+r"(x1), "=r"(x2)::"memory");
+  printf("after: x1 %#lx, x28 %#lx\n", (unsigned long)x1, (unsigned long)x2);
+  expected_pc = load_word;
+  __asm__ volatile("str x28, [sp, #-16]!\n mov x28, #40\n .global load_word\n"
+                   "load_word: ldp x28, x2, [x28]\n mov x2, x28\n ldr x28, [sp], #16"
+                   : "+r"(x0), "+r"(x1), "=r"(x2)::"memory");
+  printf("after: x28 %#lx\n", (unsigned long)x2);
+  expected_pc = undefined_word;
+  __asm__ volatile(".global undefined_word\nundefined_word: udf #1" ::: "x0", "x1", "x28");
+  expected_pc = trap_word;
+  __asm__ volatile(".global trap_word\ntrap_word: brk #7" ::: "x0", "x1", "x28");
+}
+
+static void synchronous(void) {
+  install(SIGSEGV, skip, 0);
+  install(SIGILL, skip, 0);
+  install(SIGTRAP, skip, 0);
+  faulting();
+  printf("seen %d\n", seen);
+}
+
+// ---- leaving a handler by a jump ----------------------------------------------------------------
+
+static sigjmp_buf out;
+
+static void jump_out(int signal, siginfo_t* info, void* context) {
+  (void)info;
+  (void)context;
+  siglongjmp(out, signal);
+}
+
+static void jumping(void) {
+  install(SIGSEGV, jump_out, 0);
+  install(SIGBUS, jump_out, SA_NODEFER);
+  volatile int jumps = 0;
+  for (int i = 0; i < 50; ++i) {
+    if (sigsetjmp(out, 1) == 0) {
+      if (i % 2 == 0) {
+        *(volatile char*)(uintptr_t)(i + 1) = 1;
+      } else {
+        ((void (*)(void))(uintptr_t)0x1000)();
+      }
+    } else {
+      ++jumps;
+    }
+  }
+  printf("jumps %d\n", jumps);
+}
+
+// ---- asynchronous -------------------------------------------------------------------------------
+
+static volatile sig_atomic_t count;
+static void counter(int signal, siginfo_t* info, void* context) {
+  (void)signal;
+  (void)info;
+  (void)context;
+  ++count;
+}
+
+__attribute__((noinline)) static unsigned long work(unsigned long seed, int rounds) {
+  for (int i = 0; i < rounds; ++i) {
+    seed = seed * 6364136223846793005u + 1442695040888963407u;
+    seed ^= seed >> 17;
+  }
+  return seed;
+}
+
+static void timers(void) {
+  install(SIGALRM, counter, SA_RESTART);
+  const struct itimerval fast = {{0, 1000}, {0, 1000}};
+  const struct itimerval off = {{0, 0}, {0, 0}};
+  count = 0;
+  setitimer(ITIMER_REAL, &fast, NULL);
+  unsigned long sum = 0;
+  while (count < 200) {
+    sum += work(7, 1000) == work(7, 1000);
+  }
+  setitimer(ITIMER_REAL, &off, NULL);
+  printf("timer: %d, work %s\n", count >= 200, sum > 0 ? "right" : "wrong");
+  // A loop that never makes a call must be left as well.
+  count = 0;
+  setitimer(ITIMER_REAL, &fast, NULL);
+  while (count < 5) {
+  }
+  setitimer(ITIMER_REAL, &off, NULL);
+  printf("loop left\n");
+}
+
+static void interrupted_calls(void) {
+  int ends[2];
+  char byte;
+  if (pipe(ends) != 0) {
+    return;
+  }
+  install(SIGALRM, counter, 0);
+  ualarm(20000, 0);
+  ssize_t got = read(ends[0], &byte, 1);
+  printf("read without restart: %zd, %s\n", got, got < 0 && errno == EINTR ? "EINTR" : "other");
+  install(SIGALRM, counter, SA_RESTART);
+  const pid_t child = fork();
+  if (child == 0) {
+    usleep(100000);
+    _exit(write(ends[1], "x", 1) != 1);
+  }
+  ualarm(20000, 0);
+  got = read(ends[0], &byte, 1);
+  printf("read with restart: %zd\n", got);
+  waitpid(child, NULL, 0);
+}
+
+// ---- masks --------------------------------------------------------------------------------------
+
+static void show_mask(int signal, siginfo_t* info, void* context) {
+  (void)info;
+  sigset_t now;
+  sigprocmask(SIG_BLOCK, NULL, &now);
+  printf("in handler of %d: usr1 %d usr2 %d term %d; interrupted usr2 %d\n", signal,
+         sigismember(&now, SIGUSR1), sigismember(&now, SIGUSR2), sigismember(&now, SIGTERM),
+         sigismember(&((ucontext_t*)context)->uc_sigmask, SIGUSR2));
+}
+
+static void masks(void) {
+  struct sigaction action = {0};
+  action.sa_sigaction = show_mask;
+  action.sa_flags = SA_SIGINFO;
+  sigaddset(&action.sa_mask, SIGTERM);
+  sigaction(SIGUSR1, &action, NULL);
+  action.sa_flags |= SA_NODEFER | SA_RESETHAND;
+  sigaction(SIGUSR2, &action, NULL);
+  raise(SIGUSR1);
+  raise(SIGUSR2);
+  sigaction(SIGUSR2, NULL, &action);
+  printf("one-shot: %d\n", action.sa_handler == SIG_DFL);
+
+  sigset_t set, old, pending;
+  sigemptyset(&set);
+  sigaddset(&set, SIGUSR1);
+  sigaddset(&set, SIGSEGV);
+  sigprocmask(SIG_BLOCK, &set, &old);
+  raise(SIGUSR1);
+  sigpending(&pending);
+  printf("pending: %d\n", sigismember(&pending, SIGUSR1));
+  sigprocmask(SIG_BLOCK, NULL, &set);
+  printf("blocked: segv %d usr1 %d\n", sigismember(&set, SIGSEGV), sigismember(&set, SIGUSR1));
+  sigset_t none;
+  sigemptyset(&none);
+  printf("sigsuspend: %d %d\n", sigsuspend(&none), errno == EINTR);
+  sigprocmask(SIG_BLOCK, NULL, &set);
+  printf("still blocked: usr1 %d\n", sigismember(&set, SIGUSR1));
+  raise(SIGUSR1);
+  sigemptyset(&set);
+  sigaddset(&set, SIGUSR1);
+  int which = 0;
+  printf("sigwait: %d %d\n", sigwait(&set, &which), which);
+  sigprocmask(SIG_SETMASK, &old, NULL);
+}
+
+// ---- alternate stacks, nesting, values ----------------------------------------------------------
+
+static char alternate[65536];
+static void on_stack(int signal, siginfo_t* info, void* context) {
+  (void)info;
+  char here;
+  stack_t stack;
+  sigaltstack(NULL, &stack);
+  printf("handler of %d: alternate %d, flags %d, in the context %d\n", signal,
+         &here > alternate && &here < alternate + sizeof alternate, stack.ss_flags,
+         ((ucontext_t*)context)->uc_stack.ss_flags);
+}
+
+static void stacks(void) {
+  stack_t stack = {.ss_sp = alternate, .ss_size = sizeof alternate};
+  stack_t old;
+  printf("sigaltstack: %d, ", sigaltstack(&stack, &old));
+  printf("before %d\n", old.ss_flags);
+  install(SIGUSR1, on_stack, SA_ONSTACK);
+  install(SIGUSR2, on_stack, 0);
+  raise(SIGUSR1);
+  raise(SIGUSR2);
+  stack.ss_flags = SS_DISABLE;
+  sigaltstack(&stack, NULL);
+  raise(SIGUSR1);
+}
+
+static void overflow(volatile char* above) {
+  volatile char page[4096];
+  page[0] = *above;
+  overflow(page);
+}
+
+static void stack_overflow(void) {
+  stack_t stack = {.ss_sp = alternate, .ss_size = sizeof alternate};
+  sigaltstack(&stack, NULL);
+  install(SIGSEGV, jump_out, SA_ONSTACK);
+  if (sigsetjmp(out, 1) == 0) {
+    char first = 0;
+    overflow(&first);
+  }
+  printf("overflow survived\n");
+}
+
+static volatile double kept;
+static void clobber(int signal, siginfo_t* info, void* context) {
+  (void)signal;
+  (void)context;
+  printf("value %d\n", info->si_value.sival_int);
+  __asm__ volatile("movi v0.16b, #255\n movi v8.16b, #255\n movi v31.16b, #255\n mov x28, #1\n"
+                   "cmp xzr, xzr\n fmov d9, #2.0" ::
+                       : "v0", "v8", "v9", "v31", "x28", "cc");
+  kept = 3;
+}
+
+static void registers_survive(void) {
+  install(SIGRTMIN + 3, clobber, 0);
+  union sigval value = {.sival_int = 12345};
+  uint64_t x28, low, high;
+  register uint64_t number __asm__("x8") = 138;  // rt_sigqueueinfo
+  siginfo_t info = {0};
+  info.si_signo = SIGRTMIN + 3;
+  info.si_code = SI_QUEUE;
+  info.si_pid = getpid();
+  info.si_value = value;
+  register uint64_t x0 __asm__("x0") = (uint64_t)getpid();
+  register uint64_t x1 __asm__("x1") = (uint64_t)info.si_signo;
+  register void* x2 __asm__("x2") = &info;
+  __asm__ volatile("str x28, [sp, #-16]!\n mov x28, #0x5a5a\n dup v31.2d, x28\n cmp xzr, x28\n"
+                   "svc #0\n mov %0, x28\n umov %1, v31.d[0]\n cset %2, ne\n ldr x28, [sp], #16"
+                   : "=&r"(x28), "=&r"(low), "=&r"(high), "+r"(x0)
+                   : "r"(number), "r"(x1), "r"(x2)
+                   : "v31", "cc", "memory");
+  printf("survived: x28 %#lx, v31 %#lx, ne %lu\n", (unsigned long)x28,
+         (unsigned long)low, (unsigned long)high);
+}
+
+int main(void) {
+  setvbuf(stdout, NULL, _IONBF, 0);
+  synchronous();
+  jumping();
+  timers();
+  interrupted_calls();
+  masks();
+  stacks();
+  stack_overflow();
+  registers_survive();
+  signal(SIGUSR1, SIG_IGN);
+  printf("ignored: %d\n", raise(SIGUSR1));
+  return 0;
+}

@@ -1,0 +1,193 @@
+// Threads in numbers, and the corners of their lives.
+#define _GNU_SOURCE
+#include <errno.h>
+#include <pthread.h>
+#include <sched.h>
+#include <semaphore.h>
+#include <signal.h>
+#include <stdatomic.h>
+#include <stdio.h>
+#include <stdlib.h>
+#include <string.h>
+#include <sys/syscall.h>
+#include <sys/time.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+static __thread int own = 7;
+static atomic_int sum;
+static pthread_mutex_t mutex = PTHREAD_MUTEX_INITIALIZER;
+static long guarded;
+
+static void* add(void* argument) {
+  own += (int)(long)argument;
+  atomic_fetch_add(&sum, own);
+  for (int i = 0; i < 100; ++i) {
+    pthread_mutex_lock(&mutex);
+    ++guarded;
+    pthread_mutex_unlock(&mutex);
+  }
+  return (void*)(long)own;
+}
+
+static void many(void) {
+  long total = 0;
+  for (int round = 0; round < 10; ++round) {
+    pthread_t threads[20];
+    for (long i = 0; i < 20; ++i) {
+      if (pthread_create(&threads[i], NULL, add, (void*)i) != 0) {
+        printf("create failed\n");
+      }
+    }
+    for (int i = 0; i < 20; ++i) {
+      void* result;
+      pthread_join(threads[i], &result);
+      total += (long)result;
+    }
+  }
+  printf("many: %ld %d %ld, own %d\n", total, sum, guarded, own);
+}
+
+static sem_t ready;
+static void* detached(void* argument) {
+  sem_post(argument);
+  return NULL;
+}
+
+static void* endless(void* argument) {
+  (void)argument;
+  sem_post(&ready);
+  for (;;) {
+    usleep(1000);
+  }
+  return NULL;
+}
+
+static void* busy(void* argument) {
+  (void)argument;
+  pthread_setcanceltype(PTHREAD_CANCEL_ASYNCHRONOUS, NULL);
+  sem_post(&ready);
+  for (volatile long i = 0;; ++i) {
+  }
+  return NULL;
+}
+
+static void ends(void) {
+  sem_init(&ready, 0, 0);
+  pthread_attr_t attributes;
+  pthread_attr_init(&attributes);
+  pthread_attr_setdetachstate(&attributes, PTHREAD_CREATE_DETACHED);
+  pthread_t thread;
+  for (int i = 0; i < 10; ++i) {
+    pthread_create(&thread, &attributes, detached, &ready);
+  }
+  for (int i = 0; i < 10; ++i) {
+    sem_wait(&ready);
+  }
+  void* (*const bodies[])(void*) = {endless, busy};
+  for (int i = 0; i < 2; ++i) {
+    pthread_create(&thread, NULL, bodies[i], NULL);
+    sem_wait(&ready);
+    pthread_cancel(thread);
+    void* result;
+    pthread_join(thread, &result);
+    printf("cancelled: %d\n", result == PTHREAD_CANCELED);
+  }
+}
+
+// ---- signals ------------------------------------------------------------------------------------
+
+static atomic_int handled, stop;
+static __thread int mine;
+static void handler(int signal) {
+  (void)signal;
+  ++mine;
+  atomic_fetch_add(&handled, 1);
+}
+
+static void* storm(void* argument) {
+  unsigned long* state = argument;
+  while (!stop) {
+    for (int i = 0; i < 1000; ++i) {
+      *state = *state * 6364136223846793005u + 1442695040888963407u;
+    }
+  }
+  return (void*)(long)mine;
+}
+
+static void signals(void) {
+  struct sigaction action = {0};
+  action.sa_handler = handler;
+  action.sa_flags = SA_RESTART;
+  sigaction(SIGUSR1, &action, NULL);
+  pthread_t threads[3];
+  unsigned long states[3] = {1, 2, 3};
+  for (int i = 0; i < 3; ++i) {
+    pthread_create(&threads[i], NULL, storm, &states[i]);
+  }
+  for (int sent = 0; sent < 900; ++sent) {
+    const int before = handled;
+    pthread_kill(threads[sent % 3], SIGUSR1);
+    while (handled == before) {
+      sched_yield();
+    }
+  }
+  stop = 1;
+  long total = 0;
+  for (int i = 0; i < 3; ++i) {
+    void* result;
+    pthread_join(threads[i], &result);
+    total += (long)result;
+  }
+  printf("signals: %d handled, %ld in their threads\n", handled, total);
+}
+
+static void* forker(void* argument) {
+  (void)argument;
+  const pid_t child = fork();
+  if (child == 0) {
+    pthread_t thread;
+    void* result = NULL;
+    pthread_create(&thread, NULL, add, (void*)1000L);
+    pthread_join(thread, &result);
+    _exit((long)result == 1007 ? 33 : 1);
+  }
+  int status;
+  waitpid(child, &status, 0);
+  return (void*)(long)status;
+}
+
+static void fork_in_thread(void) {
+  pthread_t thread;
+  void* result;
+  pthread_create(&thread, NULL, forker, NULL);
+  pthread_join(thread, &result);
+  printf("fork in a thread: %#lx\n", (long)result);
+}
+
+static void* last(void* argument) {
+  pthread_join(*(pthread_t*)argument, NULL);
+  printf("the main thread has ended\n");
+  exit(21);
+}
+
+int main(int argc, char** argv) {
+  setvbuf(stdout, NULL, _IONBF, 0);
+  many();
+  ends();
+  signals();
+  fork_in_thread();
+  if (argc > 1 && strcmp(argv[1], "main") == 0) {
+    static pthread_t self;
+    self = pthread_self();
+    pthread_t thread;
+    pthread_create(&thread, NULL, last, &self);
+    pthread_exit(NULL);
+  }
+  // Others still run when the process ends.
+  stop = 0;
+  pthread_t thread;
+  static unsigned long state = 9;
+  pthread_create(&thread, NULL, storm, &state);
+  return 12;
+}
