@@ -1,5 +1,5 @@
 // First-fault and non-fault loads: what cannot be read loses its bits in the first-fault register.
-// A probe costs two system calls, so that probes are made at page changes only.
+// A probe is a system call at least, and a signal if it fails: hence probes at page changes only.
 #pragma once
 
 #include <algorithm>

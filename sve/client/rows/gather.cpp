@@ -1,6 +1,6 @@
 // Gather loads.
-#include "sve/client/stub.h"
 #include "sve/fast/gather.h"
+#include "sve/client/stub.h"
 
 // clang-format off
 FAST(Load1VIZ,  (S64), 0xc4208000, sve_ld1sb_d_zpzi,             Zt, PgZ, Zn, UImm5At16)

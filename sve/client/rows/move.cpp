@@ -1,6 +1,6 @@
 // Element moves: duplication, selection, extraction of the last element, and sign bits.
-#include "sve/client/stub.h"
 #include "sve/fast/move.h"
+#include "sve/client/stub.h"
 
 // clang-format off
 FAST_SIZED(SelVV,    (U8, U16, U32, U64),  0x0520c000, sve_sel_zpzz,   Zd, Pg4, Zn, Zm)

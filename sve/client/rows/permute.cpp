@@ -1,6 +1,6 @@
 // Permutes of vectors and predicates.
-#include "sve/client/stub.h"
 #include "sve/fast/permute.h"
+#include "sve/client/stub.h"
 
 // clang-format off
 FAST_SIZED(Zip1VV,   (U8, U16, U32, U64), 0x05206000, sve_zip1_zzz, Zd, Zn, Zm)
