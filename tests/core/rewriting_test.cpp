@@ -21,7 +21,7 @@ using fake::runtime;
 
 constexpr uint32_t nop = 0xd503201f;
 constexpr uint32_t add_z0_p0_z0 = 0x04000000;  // ADD Z0.B, P0/M, Z0.B, Z0.B
-constexpr uint32_t unknown_sve = 0x04ffffff;   // in the SVE space, without a row
+constexpr uint32_t mul_z0_z0_z0 = 0x04206000;  // SVE of a later version, without a row
 constexpr unsigned sp = 31, zr = 31, stolen = 28;
 
 constexpr uint32_t add_0(unsigned d, unsigned n) { return 0x91000000 | n << 5 | d; }
@@ -269,7 +269,7 @@ protected:
 
 TEST_F(Rewriting, LeavesOtherInstructionsAlone) {
   Expected expected;
-  const std::vector<uint32_t> words = {nop, unknown_sve, mrs_fpcr(0), msr_fpsr(0), msr_nzcv(3)};
+  const std::vector<uint32_t> words = {nop, mul_z0_z0_z0, mrs_fpcr(0), msr_fpsr(0), msr_nzcv(3)};
   for (size_t i = 0; i < words.size(); i++)
     expected.original(words[i], code + i);
   expect_same(rewritten(code, words), expected.lines);
