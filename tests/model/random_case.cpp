@@ -129,7 +129,9 @@ uint64_t interesting_fp(Random& random, unsigned width) {
   return (random() % 2) << (8 * width - 1) | exponent << fraction_bits | fraction;
 }
 
-Case random_case(const Row& row, Random& random, Memory& memory) {
+bool touches_memory(const Row& row) { return addresses_of(row.name) != Addresses::none; }
+
+Case random_case(const Row& row, Random& random, const Memory& memory) {
   const std::string_view name = row.name;
   // Predicates as data are moved as bytes in one tier and as bits in the other, so they hold what
   // instructions leave. Governing ones may hold any junk.
@@ -144,8 +146,6 @@ Case random_case(const Row& row, Random& random, Memory& memory) {
     fill_vector(random, slot, name);
   for (uint64_t& x : chosen.state.x)
     x = interesting_scalar(random);
-  for (uint8_t& byte : memory.bytes)
-    byte = static_cast<uint8_t>(random());
   fill_addresses(chosen, row, random, memory);
   return chosen;
 }

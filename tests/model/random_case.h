@@ -22,8 +22,11 @@ struct Case {
   cpu_state state;
 };
 
-// A case for the row, which may write what it likes into the memory first.
-Case random_case(const Row& row, fixture::Random& random, Memory& memory);
+// Whether the row is a load or a store.
+bool touches_memory(const Row& row);
+
+// A case for the row, whose addresses lie in the memory.
+Case random_case(const Row& row, fixture::Random& random, const Memory& memory);
 
 // Floating-point values at which arithmetic turns, of so many bytes (2, 4 or 8).
 uint64_t interesting_fp(fixture::Random& random, unsigned width);
