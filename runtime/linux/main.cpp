@@ -15,6 +15,7 @@
 #include "runtime/linux/modules.h"
 #include "runtime/linux/options.h"
 #include "runtime/linux/process.h"
+#include "runtime/linux/profile.h"
 #include "runtime/linux/signals.h"
 #include "runtime/linux/stack.h"
 #include "runtime/linux/syscalls.h"
@@ -126,6 +127,11 @@ int launch(int argc, char** argv, char** environment) {
   paths = {real_path(path), own_path()};
   if (options.name != nullptr) {
     options.application[0] = const_cast<char*>(options.name);
+  }
+  if (options.profile != nullptr) {
+    if (const char* reason = request_profile(options.profile)) {
+      refuse(options.profile, reason, kUsageStatus);
+    }
   }
   install_handlers();
   Thread& thread = load(path, options.application, environment);

@@ -13,13 +13,14 @@
 namespace os {
 namespace {
 
-constexpr char kUsage[] = "usage: tavok [client arguments] -- application [arguments]\n";
+constexpr char kUsage[] = "usage: tavok [options] [client arguments] -- application [arguments]\n";
 constexpr char kHelp[] =
     "\n"
     "Runs an AArch64 Linux application whose SVE instructions this processor lacks.\n"
     "\n"
-    "  --help     this text\n"
-    "  --version  the version\n"
+    "  --profile=FILE  write to FILE how often each SVE instruction was executed\n"
+    "  --help          this text\n"
+    "  --version       the version\n"
     "\n"
     "The application is searched for as a shell does. Its exit status is tavok's own; 2 is a "
     "wrong\n"
@@ -65,6 +66,8 @@ Options read_options(int argc, char** argv) {
     }
     if (argument.starts_with(kNameOption)) {
       options.name = argv[at] + std::strlen(kNameOption);
+    } else if (argument.starts_with(kProfileOption)) {
+      options.profile = argv[at] + std::strlen(kProfileOption);
     } else {
       options.client.push_back(argv[at]);
     }

@@ -1,4 +1,4 @@
-// The launcher's command line: tavok [client arguments] -- application [arguments]
+// The launcher's command line: tavok [options] [client arguments] -- application [arguments]
 #pragma once
 
 #include <string>
@@ -9,6 +9,9 @@ namespace os {
 // Set by the runtime itself when it follows an exec: what the application finds as argv[0].
 inline constexpr char kNameOption[] = "--argv0=";
 
+// A file for the client's table of executed places.
+inline constexpr char kProfileOption[] = "--profile=";
+
 // Statuses of a shell for a command that cannot be run.
 inline constexpr int kUsageStatus = 2;
 inline constexpr int kCannotRunStatus = 126;
@@ -17,6 +20,7 @@ inline constexpr int kNotFoundStatus = 127;
 struct Options {
   std::vector<const char*> client;  // argv of the client: its name, its arguments, null
   const char* name = nullptr;       // argv[0] of the application if it is not its file
+  const char* profile = nullptr;    // where the profile goes, null: none is written
   char** application = nullptr;     // the application and its arguments, null-terminated
   int status = -1;                  // not negative: nothing is left to do but to exit with this
 };

@@ -15,6 +15,7 @@
 #include "runtime/core/dispatch.h"
 #include "runtime/core/fatal.h"
 #include "runtime/linux/modules.h"
+#include "runtime/linux/profile.h"
 #include "runtime/linux/signals.h"
 #include "runtime/linux/syscalls.h"
 #include "runtime/linux/threads.h"
@@ -116,6 +117,7 @@ void exit_process(Thread& thread, int status) {
     set_kernel_mask(kAllSignals);
     end_thread(thread);
     run_exit_events();
+    write_profile();
   }
   syscall(SYS_exit_group, status);
   __builtin_unreachable();

@@ -63,7 +63,7 @@ def compare():
         if number < 3:
             gdb.execute("continue", to_string=True)
 
-    expect("an executable is not there", "not loaded" in fails("sve app"), True)
+    expect("an executable", fails("sve app"), "the application is not loaded yet: sve start")
     expect("memory that is not there", "cannot read" in fails("sve --at 8 z0"), True)
     expect("no expression", "sve --at" in fails("sve --at"), True)
     expect("a wrong expression", "No symbol" in fails("sve --at nowhere"), True)

@@ -39,6 +39,8 @@ def run(host, command, gdb_arguments, directory=None):
             simulator = subprocess.Popen([host[0], "-g", socket, *host[1:], *command],
                                          stdin=subprocess.DEVNULL, stdout=subprocess.DEVNULL,
                                          stderr=subprocess.DEVNULL, cwd=directory)
+            if "-L" in host:
+                line += ["-ex", "set sysroot " + host[host.index("-L") + 1]]
             line += ["-ex", "file " + command[0], "-ex", "set tcp connect-timeout 30",
                      "-ex", "python wait_for('%s')" % socket, "-ex", "target remote " + socket]
             waiting = os.path.join(scratch, "wait.py")

@@ -1,0 +1,29 @@
+// Prints the rows, one in a line: value, mask, name, tier. What a profile calls an instruction comes
+// from here, so that it is written in the tables of rows alone.
+#include <cstdio>
+
+#include "sve/client/dispatch.h"
+
+namespace {
+
+const char* name_of(Tier tier) {
+  switch (tier) {
+  case Tier::fast:
+    return "fast";
+  case Tier::host_fp:
+    return "host_fp";
+  case Tier::model:
+    return "model";
+  case Tier::no_operation:
+    return "no_operation";
+  }
+  return "unknown";
+}
+
+}  // namespace
+
+int main() {
+  for (const Row& row : all_rows())
+    std::printf("0x%08x 0x%08x %s %s\n", row.value, row.mask, row.name, name_of(row.tier));
+  return 0;
+}
