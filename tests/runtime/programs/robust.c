@@ -1,5 +1,5 @@
-// A robust mutex whose owner ended. The simulator knows no robust lists, so this hangs there without
-// a runtime that walks them.
+// A robust mutex whose owner ended. The simulator knows no robust lists, so this hangs there
+// without a runtime that walks them.
 #define _GNU_SOURCE
 #include <errno.h>
 #include <pthread.h>

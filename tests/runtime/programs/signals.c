@@ -286,8 +286,8 @@ static void registers_survive(void) {
                    : "=&r"(x28), "=&r"(low), "=&r"(high), "+r"(x0)
                    : "r"(number), "r"(x1), "r"(x2)
                    : "v31", "cc", "memory");
-  printf("survived: x28 %#lx, v31 %#lx, ne %lu\n", (unsigned long)x28,
-         (unsigned long)low, (unsigned long)high);
+  printf("survived: x28 %#lx, v31 %#lx, ne %lu\n", (unsigned long)x28, (unsigned long)low,
+         (unsigned long)high);
 }
 
 int main(void) {

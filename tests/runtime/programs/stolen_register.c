@@ -62,7 +62,7 @@ static void reset(void) {
 #define ADD_SELF(r) "add x" r ", x" r ", x" r
 #define ADD_EXT(r)                                                                                 \
   "add x" r ", sp, x10, uxtw\n sub x" r ", x" r ", x10, uxtw\n mov x8, sp\n sub x" r ", x" r ", "  \
-                                                                                             "x8"
+  "x8"
 #define W_FORM(r) "add w" r ", w" r ", w10"
 #define LOGIC(r) "eor x" r ", x" r ", #0xff00ff00ff00ff\n bic x12, x10, x" r
 #define MOVES(r) "movz x" r ", #0x1234\n movk x" r ", #0x5678, lsl #32\n mov x12, x" r

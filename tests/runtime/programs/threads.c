@@ -32,7 +32,7 @@ static void* add(void* argument) {
 
 static void many(void) {
   long total = 0;
-  for (int round = 0; round < 10; ++round) {
+  for (int round = 0; round < 5; ++round) {
     pthread_t threads[20];
     for (long i = 0; i < 20; ++i) {
       if (pthread_create(&threads[i], NULL, add, (void*)i) != 0) {
@@ -125,7 +125,7 @@ static void signals(void) {
   for (int i = 0; i < 3; ++i) {
     pthread_create(&threads[i], NULL, storm, &states[i]);
   }
-  for (int sent = 0; sent < 900; ++sent) {
+  for (int sent = 0; sent < 150; ++sent) {
     const int before = handled;
     pthread_kill(threads[sent % 3], SIGUSR1);
     while (handled == before) {
