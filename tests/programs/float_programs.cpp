@@ -10,6 +10,10 @@
 
 #include "kernels.h"
 
+#ifdef __ARM_FEATURE_SVE
+#include <arm_sve.h>
+#endif
+
 namespace {
 
 template <class T>
@@ -137,10 +141,21 @@ void whole_numbers() {
   print("reordered dot product", sums);
 }
 
+// By hand, since the compiler divides inactive elements too, zero by zero.
+#ifdef __ARM_FEATURE_SVE
+template <class T>
+[[gnu::noipa]] void divide(T* to, const T* a, const T* b, int n) {
+  for (int i = 0; i < n; i += svcntb() / sizeof(T)) {
+    const svbool_t some = sizeof(T) == 4 ? svwhilelt_b32(i, n) : svwhilelt_b64(i, n);
+    svst1(some, to + i, svdiv_m(some, svld1(some, a + i), svld1(some, b + i)));
+  }
+}
+#else
 template <class T>
 [[gnu::noipa]] void divide(T* to, const T* a, const T* b, int n) {
   for (int i = 0; i < n; i++) to[i] = a[i] / b[i];
 }
+#endif
 
 template <class T>
 [[gnu::noipa]] void nearby(T* to, const T* a, int n) {

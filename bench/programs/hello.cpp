@@ -1,0 +1,4 @@
+// What a program costs before it does anything.
+#include <cstdio>
+
+int main() { puts("hello"); }
