@@ -8,6 +8,7 @@
 #include "runtime/core/emit.h"
 #include "runtime/core/entry.h"
 #include "runtime/core/fatal.h"
+#include "runtime/core/optimise.h"
 #include "runtime/ir/decode.h"
 
 namespace core {
@@ -44,46 +45,44 @@ uint64_t read_block(Context& context, instrlist_t& list) {
   return pc;
 }
 
-// Which calls end where: a call's restoring half lasts as long as instructions stand for its
-// instruction.
-struct OpenCalls {
-  Cache& cache;
-  const instr_t* open = nullptr;
-
-  void see(const instr_t& instr, uint32_t offset) {
-    if (open != nullptr && instr.pc != open->pc) {
-      close(offset);
-    }
-    if (instr.kind == ir::kind::call) {
-      open = &instr;
-    }
-  }
-  void close(uint32_t offset) {
-    if (open != nullptr) {
-      cache.calls.back().end = offset;
-      open = nullptr;
-    }
-  }
-};
-
-void emit_block(Emitter& emitter, const instrlist_t& list, uint64_t behind) {
-  OpenCalls calls{emitter.cache};
-  bool ended = false;
-  for (const instr_t* instr = list.first; instr != nullptr; instr = instr->next) {
-    calls.see(*instr, emitter.offset());
-    ended = emit_instruction(emitter, *instr);
-  }
-  calls.close(emitter.offset());
-  if (!ended) {
-    emit_exit(emitter, behind);
-  }
-}
-
-// Gives a fragment that was emitted but does not fit its bookkeeping back.
+// Takes back what the tables hold of a fragment that is not to be.
 void forget(Cache& cache, const Fragment& fragment) {
   cache.exits.resize(fragment.first_exit);
   cache.places.resize(fragment.first_place);
   cache.calls.resize(fragment.first_call);
+}
+
+// The words of what the client inserted behind a call: its instructions stand for the same one of
+// the application.
+std::vector<uint32_t> restoring_half(Emitter& emitter, const instr_t& call) {
+  emitter.words.clear();
+  const instr_t* instr = call.next;
+  for (; instr != nullptr && instr->pc == call.pc && instr->kind != ir::kind::original;
+       instr = instr->next) {
+    emit_instruction(emitter, *instr);
+  }
+  return emitter.words;
+}
+
+// Tells each call how to give the registers back, before the list is optimised.
+void keep_restoring_halves(Cache& cache, instrlist_t& list, uint64_t tag) {
+  Emitter emitter(cache, tag);
+  for (instr_t* instr = list.first; instr != nullptr; instr = instr->next) {
+    if (instr->kind == ir::kind::call) {
+      instr->call.restore = add_restore(cache, restoring_half(emitter, *instr));
+    }
+  }
+  forget(cache, emitter.fragment);
+}
+
+void emit_block(Emitter& emitter, const instrlist_t& list, uint64_t behind) {
+  bool ended = false;
+  for (const instr_t* instr = list.first; instr != nullptr; instr = instr->next) {
+    ended = emit_instruction(emitter, *instr);
+  }
+  if (!ended) {
+    emit_exit(emitter, behind);
+  }
 }
 
 Fragment* finish(Emitter& emitter) {
@@ -106,7 +105,7 @@ Fragment* finish(Emitter& emitter) {
 
 }  // namespace
 
-void optimise_block(instrlist_t&) {}
+constinit bool optimise_blocks = true;
 
 Fragment* build_fragment(Context& context) {
   Cache& cache = *context.cache;
@@ -118,7 +117,10 @@ Fragment* build_fragment(Context& context) {
   for (const auto event : client_events().block) {
     event(&context, reinterpret_cast<void*>(context.pc), &list, false, false);
   }
-  optimise_block(list);
+  keep_restoring_halves(cache, list, context.pc);
+  if (optimise_blocks) {
+    optimise_block(context.arena, list, reinterpret_cast<uint64_t>(&context));
+  }
   Fragment* fragment = nullptr;
   for (int attempt = 0; attempt < 2 && fragment == nullptr; ++attempt) {
     if (attempt != 0) {

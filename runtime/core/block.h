@@ -14,7 +14,7 @@ inline constexpr unsigned kMaxBlockInstructions = 128;
 // is full. Null if the code there cannot be read or must not be executed.
 Fragment* build_fragment(Context& context);
 
-// The hook for a pass over the finished list, just in front of its encoding.
-void optimise_block(instrlist_t& list);
+// Whether optimise_block sees the blocks. Off only for comparison.
+extern constinit bool optimise_blocks;
 
 }  // namespace core

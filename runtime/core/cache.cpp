@@ -194,15 +194,25 @@ void add_to_table(Cache& cache, const Fragment& fragment) {
   entry = {fragment.tag, reinterpret_cast<uint64_t>(cache.base) + fragment.begin};
 }
 
+uint32_t add_restore(Cache& cache, const std::vector<uint32_t>& words) {
+  constexpr size_t kExitWords = 16;
+  const auto known = std::find(cache.restores.begin(), cache.restores.end(), words);
+  const auto index = static_cast<uint32_t>(known - cache.restores.begin());
+  if (known == cache.restores.end()) {
+    if (words.size() + kExitWords > kReplayRoom / 4) {
+      fatal("the code behind a call is too long");
+    }
+    cache.restores.push_back(words);
+  }
+  return index;
+}
+
 uint64_t prepare_replay(Cache& cache, const CallSite& call) {
-  // The call's own `MOV SP, X26` is left out: the callee may have changed X26.
-  const uint32_t from = call.return_offset + 4;
-  const uint32_t length = std::min(call.end - from, kReplayRoom - 64);
+  const std::vector<uint32_t>& words = cache.restores[call.restore];
   const uint32_t start = cache.size - kReplayRoom;
   CacheWriter writer(cache, start, cache.size);
   uint32_t* code = code_at(cache, start);
-  std::memcpy(code, code_at(cache, from), length);
-  uint32_t* end = code + length / 4;
+  uint32_t* end = std::copy(words.begin(), words.end(), code);
   *end++ = enc::stp_x(0, 1, kStolenRegister, CTX_EXIT_X0);
   end += ir::mov_immediate(0, EXIT_NONE, end);
   *end = enc::b(int64_t{cache.leave} - (reinterpret_cast<unsigned char*>(end) - cache.base));

@@ -38,12 +38,12 @@ struct Place {
 inline constexpr uint8_t kNoScratch = 31;
 inline constexpr uint8_t kScratchPair = 32;
 
-// A clean call. After a fault in the callee, the code from `return_offset` to `end` gives the
-// registers back as they were in front of the application's instruction.
+// A clean call. After a fault in the callee, the words of `restore` give the registers back as they
+// were in front of the application's instruction.
 struct CallSite {
   uint64_t pc;
   uint32_t return_offset;
-  uint32_t end;
+  uint32_t restore;  // index into Cache::restores
 };
 
 struct Fragment {
@@ -67,6 +67,9 @@ struct Cache {
   std::vector<Exit> exits;
   std::vector<Place> places;
   std::vector<CallSite> calls;
+  // What stood behind a call in the client's list, for all calls: mostly the same. Kept over
+  // flushes.
+  std::vector<std::vector<uint32_t>> restores;
   std::vector<uint32_t> index;  // open addressing by tag: fragment number + 1, 0 if free
   LookupEntry* table;
   std::vector<uint32_t> words;  // the fragment under construction
@@ -116,8 +119,11 @@ void unlink_all(Cache& cache);
 // Makes indirect branches find `fragment`.
 void add_to_table(Cache& cache, const Fragment& fragment);
 
-// Copies the code [begin, end) of a clean call's restoring half behind everything else, with an
-// exit to the dispatcher at its end; returns where it starts. For a fault inside a clean call.
+// The index of these words in `restores`.
+uint32_t add_restore(Cache& cache, const std::vector<uint32_t>& words);
+
+// Puts a call's restoring half behind everything else, with an exit to the dispatcher at its end;
+// returns where it starts. For a fault inside a clean call.
 uint64_t prepare_replay(Cache& cache, const CallSite& call);
 
 }  // namespace core

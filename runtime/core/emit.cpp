@@ -299,7 +299,7 @@ void emit_call(Emitter& to, const instr_t& instr) {
   to.emit(enc::adr(kWork, 12));
   store_field(to, kWork, CTX_CALL_RETURN);
   to.emit(enc::blr(kCallee));
-  to.cache.calls.push_back({reinterpret_cast<uint64_t>(instr.pc), to.offset(), to.offset()});
+  to.cache.calls.push_back({reinterpret_cast<uint64_t>(instr.pc), to.offset(), instr.call.restore});
   to.emit(enc::add_imm(ir::sp, kSavedSp, 0));
 }
 

@@ -25,6 +25,7 @@ enum class kind : std::uint8_t {
 struct call_target {
   void* callee;
   std::uint64_t arguments[max_call_arguments];
+  std::uint32_t restore;  // the block builder's
 };
 
 // Where inserted code finds things in the thread's context, in bytes from X28: multiples of 8 below

@@ -10,6 +10,7 @@
 #include <cstring>
 #include <string>
 
+#include "runtime/core/block.h"
 #include "runtime/core/client.h"
 #include "runtime/linux/loader.h"
 #include "runtime/linux/modules.h"
@@ -128,6 +129,7 @@ int launch(int argc, char** argv, char** environment) {
   if (options.name != nullptr) {
     options.application[0] = const_cast<char*>(options.name);
   }
+  core::optimise_blocks = options.optimise;
   if (options.profile != nullptr) {
     if (const char* reason = request_profile(options.profile)) {
       refuse(options.profile, reason, kUsageStatus);

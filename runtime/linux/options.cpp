@@ -68,6 +68,8 @@ Options read_options(int argc, char** argv) {
       options.name = argv[at] + std::strlen(kNameOption);
     } else if (argument.starts_with(kProfileOption)) {
       options.profile = argv[at] + std::strlen(kProfileOption);
+    } else if (argument == kPlainOption) {
+      options.optimise = false;
     } else {
       options.client.push_back(argv[at]);
     }

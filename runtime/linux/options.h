@@ -9,6 +9,9 @@ namespace os {
 // Set by the runtime itself when it follows an exec: what the application finds as argv[0].
 inline constexpr char kNameOption[] = "--argv0=";
 
+// Inserted code runs as it was inserted. For comparison only, so --help does not tell.
+inline constexpr char kPlainOption[] = "--no-optimise";
+
 // A file for the client's table of executed places.
 inline constexpr char kProfileOption[] = "--profile=";
 
@@ -20,9 +23,10 @@ inline constexpr int kNotFoundStatus = 127;
 struct Options {
   std::vector<const char*> client;  // argv of the client: its name, its arguments, null
   const char* name = nullptr;       // argv[0] of the application if it is not its file
-  const char* profile = nullptr;    // where the profile goes, null: none is written
-  char** application = nullptr;     // the application and its arguments, null-terminated
-  int status = -1;                  // not negative: nothing is left to do but to exit with this
+  bool optimise = true;
+  const char* profile = nullptr;  // where the profile goes, null: none is written
+  char** application = nullptr;   // the application and its arguments, null-terminated
+  int status = -1;                // not negative: nothing is left to do but to exit with this
 };
 
 // Reads the command line; answers --help and --version, and tells of errors, by itself.
