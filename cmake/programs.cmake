@@ -86,4 +86,11 @@ function(tavok_program_test name)
         $<TARGET_FILE:${name}_plain_${linkage}> $<TARGET_FILE:${name}_sve_${linkage}>)
     endforeach()
   endforeach()
+  # And once with inserted code as it was inserted.
+  list(GET linkages 0 linkage)
+  list(GET arg_CPUS 0 cpu)
+  tavok_script_test(program_${name}_not_optimised ${cpu} compare_builds
+    $<TARGET_FILE:${name}_plain_${linkage}> $<TARGET_FILE:${name}_sve_${linkage}>)
+  set_tests_properties(program_${name}_not_optimised PROPERTIES
+    ENVIRONMENT TAVOK_OPTIONS=--no-optimise)
 endfunction()
