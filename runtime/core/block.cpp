@@ -57,8 +57,10 @@ void forget(Cache& cache, const Fragment& fragment) {
 std::vector<uint32_t> restoring_half(Emitter& emitter, const instr_t& call) {
   emitter.words.clear();
   const instr_t* instr = call.next;
-  for (; instr != nullptr && instr->pc == call.pc && instr->kind != ir::kind::original;
-       instr = instr->next) {
+  for (; instr != nullptr && instr->pc == call.pc; instr = instr->next) {
+    if (instr->kind == ir::kind::original || instr->kind == ir::kind::call) {
+      break;
+    }
     emit_instruction(emitter, *instr);
   }
   return emitter.words;
@@ -83,6 +85,7 @@ void emit_block(Emitter& emitter, const instrlist_t& list, uint64_t behind) {
   if (!ended) {
     emit_exit(emitter, behind);
   }
+  emit_constants(emitter);
 }
 
 Fragment* finish(Emitter& emitter) {

@@ -7,7 +7,8 @@
 namespace core {
 namespace {
 
-constinit thread_local Context* current = nullptr;
+// The runtime is always a program, never a library.
+[[gnu::tls_model("local-exec")]] constinit thread_local Context* current = nullptr;
 
 // What the assembly and the emitted code believe.
 #define CHECK_OFFSET(field, offset) static_assert(offsetof(Context, field) == (offset))

@@ -282,17 +282,18 @@ void emit_lookup(Emitter& to, uint32_t word, uint64_t pc, bool call) {
 
 // The inserted code around the call has saved everything, and X26 and X27 are dead.
 //
-//   X0 to X2 = arguments;  X16 = callee
+//   ADR X16, constants;  LDP X0, X1, [X16];  LDP X2, X16, [X16, #16]    arguments and callee
 //   MOV X26, SP;  LDR X27, runtime's stack;  MOV SP, X27
 //   ADR X27, back;  STR X27, call_return      tells the signal handler where the thread is
 //   BLR X16
 //   back: MOV SP, X26
 void emit_call(Emitter& to, const instr_t& instr) {
   constexpr unsigned kCallee = 16, kSavedSp = 26, kWork = 27;
-  for (unsigned i = 0; i < ir::max_call_arguments; ++i) {
-    emit_constant(to, i, instr.call.arguments[i]);
-  }
-  emit_constant(to, kCallee, reinterpret_cast<uint64_t>(instr.call.callee));
+  static_assert(ir::max_call_arguments == 3);
+  to.constants.push_back({static_cast<uint32_t>(to.words.size()), &instr.call});
+  to.emit(enc::adr(kCallee, 0));
+  to.emit(enc::ldp_x(0, 1, kCallee, 0));
+  to.emit(enc::ldp_x(2, kCallee, kCallee, 16));
   to.emit(enc::add_imm(kSavedSp, ir::sp, 0));
   load_field(to, kWork, CTX_RUNTIME_SP);
   to.emit(enc::add_imm(ir::sp, kWork, 0));
@@ -301,6 +302,11 @@ void emit_call(Emitter& to, const instr_t& instr) {
   to.emit(enc::blr(kCallee));
   to.cache.calls.push_back({reinterpret_cast<uint64_t>(instr.pc), to.offset(), instr.call.restore});
   to.emit(enc::add_imm(ir::sp, kSavedSp, 0));
+}
+
+void emit_doubleword(Emitter& to, uint64_t value) {
+  to.emit(static_cast<uint32_t>(value));
+  to.emit(static_cast<uint32_t>(value >> 32));
 }
 
 bool emit_application(Emitter& to, uint32_t word, uint64_t pc) {
@@ -349,7 +355,7 @@ uint64_t application_ctr() {
   return value & ~kDic;
 }
 
-Emitter::Emitter(Cache& to, uint64_t tag) : cache(to), words(to.words), fragment{} {
+Emitter::Emitter(Cache& to, uint64_t tag) : cache(to), words(to.words), fragment{}, constants{} {
   words.clear();
   fragment.tag = tag;
   fragment.begin = to.cursor;
@@ -361,6 +367,21 @@ Emitter::Emitter(Cache& to, uint64_t tag) : cache(to), words(to.words), fragment
 
 void emit_exit(Emitter& to, uint64_t target, ExitKind kind) {
   emit_stub(to, kind == ExitKind::direct ? emit_site(to, target) : add_exit(to, target, kind));
+}
+
+void emit_constants(Emitter& to) {
+  constexpr uint32_t kAlignment = 8;
+  if (!to.constants.empty() && to.offset() % kAlignment != 0) {
+    to.emit(enc::nop());
+  }
+  for (const CallConstants& use : to.constants) {
+    const auto distance = int64_t{4} * static_cast<int64_t>(to.words.size() - use.word);
+    to.words[use.word] = enc::adr(ir::field_t(to.words[use.word]), distance);
+    for (const uint64_t argument : use.call->arguments) {
+      emit_doubleword(to, argument);
+    }
+    emit_doubleword(to, reinterpret_cast<uint64_t>(use.call->callee));
+  }
 }
 
 bool emit_instruction(Emitter& to, const instr_t& instr) {

@@ -8,12 +8,19 @@
 
 namespace core {
 
+// What a call loads, and which word takes its address.
+struct CallConstants {
+  uint32_t word;
+  const ir::call_target* call;
+};
+
 // A fragment under construction. Offsets are in bytes from the cache's beginning; nothing is
 // written to the cache before the fragment is complete.
 struct Emitter {
   Cache& cache;
   std::vector<uint32_t>& words;
   Fragment fragment;
+  std::vector<CallConstants> constants;
 
   Emitter(Cache& to, uint64_t tag);
   uint32_t offset() const { return fragment.begin + static_cast<uint32_t>(words.size()) * 4; }
@@ -25,6 +32,9 @@ struct Emitter {
 bool emit_instruction(Emitter& emitter, const instr_t& instr);
 // The direct exit of a block that ends without a control transfer.
 void emit_exit(Emitter& emitter, uint64_t target, ExitKind kind = ExitKind::direct);
+
+// The constants of the calls, behind all instructions.
+void emit_constants(Emitter& emitter);
 
 // The value that the application sees in CTR_EL0.
 uint64_t application_ctr();

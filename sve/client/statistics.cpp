@@ -2,16 +2,73 @@
 
 #include <pthread.h>
 
+#include <algorithm>
 #include <cstdio>
+#include <iterator>
+#include <memory>
+
+#include "sve/client/short_lock.h"
 
 std::atomic<uint64_t> sve_instr_count;
 std::mutex icounts_mutex;
 
+namespace {
+
+// Where the entries of recent addresses are: an entry of the map never moves. Guarded by
+// icounts_mutex.
+struct KnownSite {
+  unsigned int* pc;
+  std::atomic<uint64_t>* count;
+};
+constexpr size_t known_sites_size = 1024;
+constinit KnownSite known_sites[known_sites_size] = {};
+
+KnownSite& known_site(unsigned int* pc) {
+  return known_sites[reinterpret_cast<uintptr_t>(pc) / sizeof *pc % known_sites_size];
+}
+
+// All changes are made under the lock, and readers without it see whole values.
+void add_one(std::atomic<uint64_t>& count) {
+  count.store(count.load(std::memory_order_relaxed) + 1, std::memory_order_relaxed);
+}
+
+void unlock() {
+  if (!short_lock::try_unlock(icounts_mutex)) [[unlikely]]
+    short_lock::wake(icounts_mutex);
+}
+
+// For an address that was not counted lately, under the lock.
+[[gnu::noinline]] void count_new_site(unsigned int* pc, uint32_t encoding) {
+  const std::unique_ptr<std::mutex, decltype([](auto*) { unlock(); })> guard(&icounts_mutex);
+  std::atomic<uint64_t>& count = icounts.try_emplace(pc, encoding, 0).first->second.count;
+  known_site(pc) = {pc, &count};
+  add_one(count);
+}
+
+[[gnu::noinline, gnu::cold]] void update_behind_others(unsigned int* pc, uint32_t encoding) {
+  short_lock::lock(icounts_mutex);
+  add_one(sve_instr_count);
+  count_new_site(pc, encoding);
+}
+
+}  // namespace
+
+void Sites::clear() {
+  std::fill(std::begin(known_sites), std::end(known_sites), KnownSite{});
+  std::map<unsigned int*, site_count>::clear();
+}
+
+// Runs for each emulated instruction: what is rare is left to functions that it ends in, so that it
+// needs no frame.
 void update_sve_stats(unsigned int* pc, uint32_t encoding) {
-  const std::lock_guard lock(icounts_mutex);
-  sve_instr_count.fetch_add(1, std::memory_order_relaxed);
-  site_count& site = icounts.try_emplace(pc, encoding, 0).first->second;
-  site.count.fetch_add(1, std::memory_order_relaxed);
+  if (!short_lock::try_lock(icounts_mutex)) [[unlikely]]
+    return update_behind_others(pc, encoding);
+  add_one(sve_instr_count);
+  const KnownSite& known = known_site(pc);
+  if (known.pc != pc) [[unlikely]]
+    return count_new_site(pc, encoding);
+  add_one(*known.count);
+  unlock();
 }
 
 void dump_sve_stats() {

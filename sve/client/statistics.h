@@ -14,8 +14,11 @@ struct site_count {
   std::atomic<uint64_t> count;
 };
 
-// Places by address. Entries are never removed.
-extern std::map<unsigned int*, site_count> icounts;
+// Places by address. Entries are never removed, but all at once.
+struct Sites : std::map<unsigned int*, site_count> {
+  void clear();
+};
+extern Sites icounts;
 
 extern "C" {
 

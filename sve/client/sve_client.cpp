@@ -52,17 +52,19 @@ void emulate_instruction(unsigned int encoding, unsigned char* pc, decode_stub s
   void* const drcontext = dr_get_current_drcontext();
   cpu_state* const state = thread_record(drcontext);
   state->pc = reinterpret_cast<uint64_t>(pc);
-  state->x[26] = dr_read_saved_reg(drcontext, slot_of_x26);
-  state->x[27] = dr_read_saved_reg(drcontext, slot_of_x27);
-  state->x[28] = dr_read_saved_reg(drcontext, slot_of_x28);
-  if (stub(state, encoding) != aarch64_decode_ok)
+  const ptr_uint_t x26 = dr_read_saved_reg(drcontext, slot_of_x26);
+  const ptr_uint_t x27 = dr_read_saved_reg(drcontext, slot_of_x27);
+  const ptr_uint_t x28 = dr_read_saved_reg(drcontext, slot_of_x28);
+  state->x[26] = x26, state->x[27] = x27, state->x[28] = x28;
+  if (stub(state, encoding) != aarch64_decode_ok) [[unlikely]]
     fprintf(stderr, "Error: failed to emulate SVE instruction 0x%08x at PC %p\n", word_at(pc),
             static_cast<void*>(pc));
   else
     update_sve_stats(reinterpret_cast<unsigned int*>(pc), encoding);
-  dr_write_saved_reg(drcontext, slot_of_x26, state->x[26]);
-  dr_write_saved_reg(drcontext, slot_of_x27, state->x[27]);
-  dr_write_saved_reg(drcontext, slot_of_x28, state->x[28]);
+  const ptr_uint_t new_x26 = state->x[26], new_x27 = state->x[27], new_x28 = state->x[28];
+  dr_write_saved_reg(drcontext, slot_of_x26, new_x26);
+  dr_write_saved_reg(drcontext, slot_of_x27, new_x27);
+  dr_write_saved_reg(drcontext, slot_of_x28, new_x28);
 }
 
 void rewrite_instruction(const insertion_point& point, decode_stub stub) {

@@ -77,7 +77,7 @@ decode_stub find_in(const decoder_map& map, uint32_t word) {
 
 // The library's one static initialiser. These objects are constructed in this order, and destroyed
 // in the reverse one.
-std::map<unsigned int*, site_count> icounts;
+Sites icounts;
 uint32_t page_size = static_cast<uint32_t>(sysconf(_SC_PAGESIZE));
 static const std::array<decoder_map, decoder_maps> maps = build_decoder_maps();
 [[maybe_unused]] static const int initialized = (guard_sve_stats_over_fork(), SVEInitialize());

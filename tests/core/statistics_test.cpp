@@ -3,6 +3,7 @@
 
 #include <gtest/gtest.h>
 
+#include <chrono>
 #include <thread>
 #include <vector>
 
@@ -82,6 +83,55 @@ TEST_F(Statistics, CountAllThreads) {
   for (int t = 0; t < threads; t++)
     expected += line(&sites[t], add_z0_p0_z0, times);
   EXPECT_EQ(dump(), expected + line(&sites[threads], add_z0_p0_z0, threads * times));
+}
+
+// Counting takes the mutex without its functions: whoever uses these must exclude it nevertheless.
+TEST_F(Statistics, ShareTheLockWithItsOwnFunctions) {
+  constexpr int threads = 3, times = 60'000 / TEST_SLOWDOWN;
+  uint32_t sites[threads];
+  uint64_t total = 0;  // of the mutex's other users
+  bool changed = false;
+  std::vector<std::thread> running;
+  for (int t = 0; t < threads; t++)
+    running.emplace_back([&, t] {
+      for (int i = 0; i < times; i++) {
+        update_sve_stats(&sites[t], add_z0_p0_z0);
+        const std::lock_guard lock(icounts_mutex);
+        const uint64_t before = sve_instr_count;
+        total++;
+        changed = changed || sve_instr_count != before;
+      }
+    });
+  for (std::thread& thread : running)
+    thread.join();
+  EXPECT_FALSE(changed);
+  EXPECT_EQ(total, uint64_t{threads} * times);
+  EXPECT_EQ(sve_instr_count, uint64_t{threads} * times);
+  EXPECT_TRUE(icounts_mutex.try_lock());
+  icounts_mutex.unlock();
+}
+
+TEST_F(Statistics, WaitForWhoeverHoldsTheLock) {
+  uint32_t site = 0;
+  icounts_mutex.lock();
+  std::thread counting([&] { update_sve_stats(&site, add_z0_p0_z0); });
+  std::this_thread::sleep_for(std::chrono::milliseconds(20));
+  EXPECT_EQ(sve_instr_count, 0u);
+  icounts_mutex.unlock();
+  counting.join();
+  EXPECT_EQ(sve_instr_count, 1u);
+}
+
+// More addresses than are kept at hand, and those that share a place there.
+TEST_F(Statistics, CountManySites) {
+  constexpr int sites = 5000;
+  std::vector<uint32_t> code(sites, add_z0_p0_z0);
+  for (int round = 1; round <= 3; round++)
+    for (int i = 0; i < sites; i += round)
+      update_sve_stats(&code[i], code[i]);
+  ASSERT_EQ(icounts.size(), size_t{sites});
+  for (int i = 0; i < sites; i++)
+    ASSERT_EQ(icounts.at(&code[i]).count, 1u + (i % 2 == 0) + (i % 3 == 0)) << i;
 }
 
 // The lock may be another thread's at the moment of a fork; the child must be able to count on.
