@@ -14,14 +14,14 @@
 
 #include <mutex>
 
+namespace short_lock {
+
 template <class Native>
 concept HasLockWord = requires(Native native) {
   native.__data.__lock = 1;
   native.__data.__owner = 0;
   native.__data.__nusers = 0;
 };
-
-namespace short_lock {
 
 inline constexpr int patience = 200;
 
