@@ -23,7 +23,26 @@ constexpr size_t kFirstIndexSize = 1024;
 // All zero but the first entry: an entry of tag 0 could only be hit through index 0, which holds a
 // tag that belongs to index 1.
 constexpr uint64_t kTagOfNoFragment = 4;
-LookupEntry empty_table[kTableEntries] = {{kTagOfNoFragment, 0}};
+LookupEntry* empty_table = nullptr;
+
+// A table for BFI: aligned to its size, in a mapping of twice that, so that there is memory behind
+// it, which the look-up of an unaligned address may touch.
+LookupEntry* align_table(void* mapping) {
+  const auto address = reinterpret_cast<uint64_t>(mapping);
+  auto* const table =
+      reinterpret_cast<LookupEntry*>((address + kTableBytes - 1) & ~(kTableBytes - 1));
+  table->tag = kTagOfNoFragment;
+  return table;
+}
+
+void* map_table() {
+  void* const mapping = mmap(nullptr, 2 * kTableBytes, PROT_READ | PROT_WRITE,
+                             MAP_PRIVATE | MAP_ANONYMOUS | MAP_NORESERVE, -1, 0);
+  if (mapping == MAP_FAILED) {
+    fatal("no memory for a look-up table");
+  }
+  return mapping;
+}
 
 size_t hash(uint64_t tag) { return (tag >> 2) * 0x9e3779b97f4a7c15U >> 20; }
 
@@ -94,6 +113,10 @@ CacheWriter::~CacheWriter() {
 }
 
 Cache* create_cache() {
+  // The first thread comes here before there is a second one.
+  if (empty_table == nullptr) {
+    empty_table = align_table(map_table());
+  }
   const int flags = MAP_PRIVATE | MAP_ANONYMOUS | MAP_NORESERVE;
   bool toggles = false;
   void* code = mmap(nullptr, kCacheSize, PROT_READ | PROT_WRITE | PROT_EXEC, flags, -1, 0);
@@ -101,28 +124,28 @@ Cache* create_cache() {
     toggles = true;
     code = mmap(nullptr, kCacheSize, PROT_READ | PROT_WRITE, flags, -1, 0);
   }
-  void* table = mmap(nullptr, kTableBytes, PROT_READ | PROT_WRITE, flags, -1, 0);
-  if (code == MAP_FAILED || table == MAP_FAILED) {
+  void* table = map_table();
+  if (code == MAP_FAILED) {
     fatal("no memory for a code cache");
   }
   auto* cache = new Cache{};
   cache->base = static_cast<unsigned char*>(code);
   cache->size = kCacheSize;
   cache->toggles = toggles;
-  cache->table = static_cast<LookupEntry*>(table);
-  cache->table[0].tag = kTagOfNoFragment;
+  cache->table_mapping = table;
+  cache->table = align_table(table);
   cache->index.assign(kFirstIndexSize, 0);
   CacheWriter writer(*cache, 0, 64);
   cache->cursor = 16;  // an exit's site is never 0
   cache->leave = emit_jump(*cache, 1, reinterpret_cast<uint64_t>(&core_leave));
-  cache->miss = emit_jump(*cache, 2, reinterpret_cast<uint64_t>(&core_leave_indirect));
+  cache->miss = emit_jump(*cache, 1, reinterpret_cast<uint64_t>(&core_leave_indirect));
   cache->first_fragment = cache->cursor;
   return cache;
 }
 
 void destroy_cache(Cache* cache) {
   munmap(cache->base, cache->size);
-  munmap(cache->table, kTableBytes);
+  munmap(cache->table_mapping, 2 * kTableBytes);
   delete cache;
 }
 

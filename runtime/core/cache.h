@@ -3,7 +3,7 @@
 //   base                                                            limit
 //   | leave | miss | fragment | fragment | ...            | cursor ... |
 //
-//   fragment:  head    LDR X2, slot        look-up and dispatcher enter here
+//   fragment:  head    LDP X0, X1, slots   look-up and dispatcher enter here
 //              body    ...                 direct links enter here
 //              site    B stub              patched to B body-of-target when linked
 //              stub    STP X0, X1; X0 = number; B leave
@@ -50,7 +50,8 @@ struct Fragment {
   uint64_t tag;
   uint32_t begin, end;
   uint32_t first_exit, first_place, first_call;
-  uint32_t lookup;  // where an interrupted inline look-up starts again, 0 if there is none
+  // Where an interrupted inline look-up starts again, and its jump; 0 if there is none.
+  uint32_t lookup, lookup_branch;
   uint16_t exit_count, place_count, call_count;
 };
 
@@ -71,7 +72,8 @@ struct Cache {
   // flushes.
   std::vector<std::vector<uint32_t>> restores;
   std::vector<uint32_t> index;  // open addressing by tag: fragment number + 1, 0 if free
-  LookupEntry* table;
+  LookupEntry* table;           // aligned to its size
+  void* table_mapping;
   std::vector<uint32_t> words;  // the fragment under construction
 };
 

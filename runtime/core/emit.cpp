@@ -247,34 +247,53 @@ void emit_target(Emitter& to, uint32_t word) {
   }
 }
 
-//          STP X0, X1, exit slots;  STR X2, its slot
-//          X0 = target  (and X30 = return address)
+// A register that holds the target already, and that nothing changes up to the jump.
+bool holds_target(uint32_t word, bool call) {
+  const unsigned reg = ir::branch_register(word);
+  return ir::authentication(word, 0) == 0 && reg > 1 && reg != kStolenRegister &&
+         !(call && reg == kLinkRegister);
+}
+
+//          STP  X0, X1, exit slots         the target is in Xt; if it has to be brought there:
+//                                          t = 2, STR X2, slot;  X0 = target;  MOV X2, X0
+//          (X30 = return address)
 //   again: LDR  X1, table                  an interrupted look-up starts again here
-//          UBFX X2, X0, #2, #bits
-//          ADD  X1, X1, X2, LSL #4
-//          LDP  X1, X2, [X1]               tag, code
-//          SUB  X1, X1, X0
-//          CBNZ X1, miss
-//          LDP  X0, X1, exit slots
-//          BR   X2                         the head there loads X2
-//   miss:  B    the cache's common miss
+//          BFI  X1, Xt, #2, #bits + 2      the table is aligned to its size, and Xt to 4
+//          LDP  X0, X1, [X1]               tag, code
+//          SUB  X0, X0, Xt
+//          CBNZ X0, miss
+//          (LDR X2, slot)
+//          BR   X1                         the head there loads X0 and X1
+//   miss:  MOV  X0, Xt;  (LDR X2, slot)
+//          B    the cache's common miss
 void emit_lookup(Emitter& to, uint32_t word, uint64_t pc, bool call) {
   static_assert(sizeof(LookupEntry) == 16);
+  const bool direct = holds_target(word, call);
+  const unsigned target = direct ? ir::branch_register(word) : 2;
   to.emit(enc::stp_x(0, 1, kStolenRegister, CTX_EXIT_X0));
-  store_field(to, 2, CTX_EXIT_X2);
-  emit_target(to, word);
+  if (!direct) {
+    store_field(to, target, CTX_EXIT_X2);
+    emit_target(to, word);
+    to.emit(enc::mov_reg(target, 0));
+  }
   if (call) {
     emit_constant(to, kLinkRegister, pc + 4);
   }
   to.fragment.lookup = to.offset();
   load_field(to, 1, CTX_LOOKUP_TABLE);
-  to.emit(enc::ubfx(2, 0, 2, kLookupBits));
-  to.emit(enc::add_reg(1, 1, 2, ir::shift::lsl, 4));
-  to.emit(enc::ldp_x(1, 2, 1, 0));
-  to.emit(enc::sub_reg(1, 1, 0));
-  to.emit(enc::cbnz_x(1, 12));
-  to.emit(enc::ldp_x(0, 1, kStolenRegister, CTX_EXIT_X0));
-  to.emit(enc::br(2));
+  to.emit(enc::bfi(1, target, 2, kLookupBits + 2));
+  to.emit(enc::ldp_x(0, 1, 1, 0));
+  to.emit(enc::sub_reg(0, 0, target));
+  to.emit(enc::cbnz_x(0, direct ? 8 : 12));
+  if (!direct) {
+    load_field(to, target, CTX_EXIT_X2);
+  }
+  to.fragment.lookup_branch = to.offset();
+  to.emit(enc::br(1));
+  to.emit(enc::mov_reg(0, target));
+  if (!direct) {
+    load_field(to, target, CTX_EXIT_X2);
+  }
   to.emit(enc::b(int64_t{to.cache.miss} - int64_t{to.offset()}));
 }
 
@@ -362,7 +381,7 @@ Emitter::Emitter(Cache& to, uint64_t tag) : cache(to), words(to.words), fragment
   fragment.first_exit = static_cast<uint32_t>(to.exits.size());
   fragment.first_place = static_cast<uint32_t>(to.places.size());
   fragment.first_call = static_cast<uint32_t>(to.calls.size());
-  load_field(*this, 2, CTX_EXIT_X2);
+  emit(enc::ldp_x(0, 1, kStolenRegister, CTX_EXIT_X0));
 }
 
 void emit_exit(Emitter& to, uint64_t target, ExitKind kind) {

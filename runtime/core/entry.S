@@ -5,7 +5,7 @@
 //   save callee-saved registers
 //   context->runtime_sp = SP
 //   pending? ----------------------------------------------------------> return EXIT_NONE
-//   load Q, NZCV, FPCR, FPSR, SP, X   ->  fragment's head: load X2
+//   load Q, NZCV, FPCR, FPSR, SP, X   ->  fragment's head: load X0, X1
 //                                         fragment, fragment, ...
 //                                         exit stub: save X0, X1
 //                                         X0 = number of the exit
@@ -39,6 +39,12 @@
         .macro load_q first, second
         ldp q\first, q\second, [x9, #16 * \first]
         .endm
+        .macro load_x_pair n
+        load_x \n, %(\n + 1)
+        .endm
+        .macro load_x first, second
+        ldp x\first, x\second, [x28, #CTX_X + 8 * \first]
+        .endm
         .macro store_q_pair n
         store_q \n, %(\n + 1)
         .endm
@@ -62,10 +68,9 @@
         mov x28, x0
         mov x9, sp
         str x9, [x28, #CTX_RUNTIME_SP]
-        // The fragment's head takes X2 from its slot, since X2 carries the target.
-        ldr x9, [x28, #CTX_X + 16]
-        str x9, [x28, #CTX_EXIT_X2]
-        mov x2, x1
+        // The fragment's head takes X0 and X1 from their slots, since X1 carries the target.
+        ldp x9, x10, [x28, #CTX_X]
+        stp x9, x10, [x28, #CTX_EXIT_X0]
 
         .global core_enter_check
         .hidden core_enter_check
@@ -90,22 +95,11 @@ core_enter_check:
         .endr
         ldr x9, [x28, #CTX_SP]
         mov sp, x9
-        ldp x0, x1, [x28, #CTX_X]
-        ldp x3, x4, [x28, #CTX_X + 24]
-        ldp x5, x6, [x28, #CTX_X + 40]
-        ldp x7, x8, [x28, #CTX_X + 56]
-        ldp x9, x10, [x28, #CTX_X + 72]
-        ldp x11, x12, [x28, #CTX_X + 88]
-        ldp x13, x14, [x28, #CTX_X + 104]
-        ldp x15, x16, [x28, #CTX_X + 120]
-        ldp x17, x18, [x28, #CTX_X + 136]
-        ldp x19, x20, [x28, #CTX_X + 152]
-        ldp x21, x22, [x28, #CTX_X + 168]
-        ldp x23, x24, [x28, #CTX_X + 184]
-        ldp x25, x26, [x28, #CTX_X + 200]
-        ldr x27, [x28, #CTX_X + 216]
+        .irp n, 2, 4, 6, 8, 10, 12, 14, 16, 18, 20, 22, 24, 26
+        load_x_pair \n
+        .endr
         ldp x29, x30, [x28, #CTX_X + 232]
-        br x2
+        br x1
         .global core_enter_end
         .hidden core_enter_end
 core_enter_end:
@@ -117,10 +111,9 @@ core_enter_bail:
         movk x0, #EXIT_NONE >> 16, lsl #16
         b leave_to_caller
 
-// From a missed look-up: X0 is the target, X0 to X2 of the application are in their slots.
+// From a missed look-up: X0 is the target, X0 and X1 of the application are in their slots.
         function core_leave_indirect
         str x0, [x28, #CTX_PC]
-        ldr x2, [x28, #CTX_EXIT_X2]
         mov x0, #EXIT_INDIRECT & 0xffff
         movk x0, #EXIT_INDIRECT >> 16, lsl #16
         // falls through

@@ -110,6 +110,11 @@ constexpr word ubfiz(unsigned rd, unsigned rn, unsigned lsb, unsigned width) {
   return 0xd3400000 | bits((64 - lsb) & 63, 6, 16, "ubfiz") | bits(width - 1, 6, 10, "ubfiz") |
          reg(rn, 5) | reg(rd, 0);
 }
+// The low `width` bits of Rn into bits `lsb` and up of Rd, the others of which stay.
+constexpr word bfi(unsigned rd, unsigned rn, unsigned lsb, unsigned width) {
+  return 0xb3400000 | bits((64 - lsb) & 63, 6, 16, "bfi") | bits(width - 1, 6, 10, "bfi") |
+         reg(rn, 5) | reg(rd, 0);
+}
 constexpr word lsl_imm(unsigned rd, unsigned rn, unsigned amount) {
   return ubfiz(rd, rn, amount, 64 - amount);
 }

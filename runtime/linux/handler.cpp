@@ -51,14 +51,12 @@ void leave_fragment(core::Context& context, mcontext_t& machine) {
   if (fragment == nullptr || fragment->lookup == 0) {
     return;
   }
-  // The instructions of a look-up from its second start: seven up to the restoring LDP, then BR.
-  constexpr uint64_t kBranchOfLookup = 7 * 4;
-  const uint64_t lookup = reinterpret_cast<uint64_t>(cache.base) + fragment->lookup;
-  const uint64_t branch = lookup + kBranchOfLookup;
+  const auto base = reinterpret_cast<uint64_t>(cache.base);
+  const uint64_t lookup = base + fragment->lookup, branch = base + fragment->lookup_branch;
   if (machine.pc > lookup && machine.pc < branch) {
     machine.pc = lookup;
   } else if (machine.pc == branch) {
-    leave_at_end(context, machine.regs[2]);
+    leave_at_end(context, machine.regs[1]);
   }
 }
 

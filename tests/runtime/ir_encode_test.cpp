@@ -111,6 +111,8 @@ TEST(encode, bit_fields) {
           {enc::ubfx(1, 30, lsb, width), format("ubfm x1, x30, #%u, #%u", lsb, lsb + width - 1)});
       samples.push_back({enc::ubfiz(30, 2, lsb, width),
                          format("ubfm x30, x2, #%u, #%u", (64 - lsb) % 64, width - 1)});
+      samples.push_back({enc::bfi(1, 30, lsb, width),
+                         format("bfm x1, x30, #%u, #%u", (64 - lsb) % 64, width - 1)});
     }
   }
   samples.push_back({enc::lsl_imm(4, 5, 3), "ubfm x4, x5, #61, #60"});
