@@ -17,6 +17,9 @@ namespace {
 // A fragment is never larger than this: what its places can address.
 constexpr uint32_t kMaxFragmentBytes = 4 * 0xffff;
 
+// Conditional branches within a block.
+constexpr unsigned kMaxBranches = 3;
+
 // How many instructions at `pc` can be read and executed; their words go to `words`.
 unsigned read_code(uint64_t pc, uint32_t* words) {
   const uint64_t end = executable_end(pc);
@@ -31,15 +34,33 @@ unsigned read_code(uint64_t pc, uint32_t* words) {
   return static_cast<unsigned>((wanted - missing) / 4);
 }
 
-// The application's instructions up to the first control transfer. Returns the address behind them.
+// Whether a block goes on behind a conditional branch: where it may well be the way, and is not the
+// beginning of a fragment already. Then the fall-through costs nothing.
+bool goes_on(Cache& cache, uint32_t word, uint64_t pc) {
+  return ir::control_of(word) == ir::control::conditional && ir::branch_offset(word) > 0 &&
+         !ir::uses_reg(word, kStolenRegister) && find_fragment(cache, pc + 4) == nullptr;
+}
+
+// The application's instructions up to a control transfer. Returns the address behind them. A block
+// with instructions that the client may expand ends at the first one: branches must reach the
+// stubs.
 uint64_t read_block(Context& context, instrlist_t& list) {
   uint32_t words[kMaxBlockInstructions];
   const unsigned count = read_code(context.pc, words);
   uint64_t pc = context.pc;
+  bool scalable = false;
+  unsigned transfers = 0;
   for (unsigned i = 0; i < count; ++i, pc += 4) {
+    if (transfers != 0 && ir::is_scalable(words[i])) {
+      return pc;
+    }
     ir::append(list, ir::new_original(context.arena, words[i], reinterpret_cast<app_pc>(pc)));
+    scalable = scalable || ir::is_scalable(words[i]);
     if (ir::control_of(words[i]) != ir::control::none) {
-      return pc + 4;
+      ++transfers;
+      if (scalable || transfers > kMaxBranches || !goes_on(*context.cache, words[i], pc)) {
+        return pc + 4;
+      }
     }
   }
   return pc;
@@ -68,7 +89,7 @@ std::vector<uint32_t> restoring_half(Emitter& emitter, const instr_t& call) {
 
 // Tells each call how to give the registers back, before the list is optimised.
 void keep_restoring_halves(Cache& cache, instrlist_t& list, uint64_t tag) {
-  Emitter emitter(cache, tag);
+  Emitter emitter(cache, tag, 0);
   for (instr_t* instr = list.first; instr != nullptr; instr = instr->next) {
     if (instr->kind == ir::kind::call) {
       instr->call.restore = add_restore(cache, restoring_half(emitter, *instr));
@@ -77,14 +98,15 @@ void keep_restoring_halves(Cache& cache, instrlist_t& list, uint64_t tag) {
   forget(cache, emitter.fragment);
 }
 
-void emit_block(Emitter& emitter, const instrlist_t& list, uint64_t behind) {
+void emit_block(Emitter& emitter, const instrlist_t& list) {
   bool ended = false;
   for (const instr_t* instr = list.first; instr != nullptr; instr = instr->next) {
     ended = emit_instruction(emitter, *instr);
   }
   if (!ended) {
-    emit_exit(emitter, behind);
+    emit_exit(emitter, emitter.behind);
   }
+  emit_stubs(emitter);
   emit_constants(emitter);
 }
 
@@ -130,8 +152,8 @@ Fragment* build_fragment(Context& context) {
       flush_cache(cache);
       context.last_exit = EXIT_NONE;
     }
-    Emitter emitter(cache, context.pc);
-    emit_block(emitter, list, behind);
+    Emitter emitter(cache, context.pc, behind);
+    emit_block(emitter, list);
     if (emitter.words.size() * 4 > kMaxFragmentBytes) {
       fatal("a block grew too large");
     }

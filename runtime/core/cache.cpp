@@ -7,6 +7,7 @@
 
 #include "runtime/core/entry.h"
 #include "runtime/core/fatal.h"
+#include "runtime/ir/decode.h"
 #include "runtime/ir/encode.h"
 #include "runtime/ir/mov_immediate.h"
 
@@ -80,22 +81,31 @@ uint32_t emit_jump(Cache& cache, unsigned scratch, uint64_t target) {
   return at;
 }
 
-void patch(Cache& cache, uint32_t site, uint32_t target) {
+void patch(Cache& cache, uint32_t site, uint32_t word) {
   CacheWriter writer(cache, site, site + 4);
   // One store, so that a processor fetches either the old branch or the new one.
-  __atomic_store_n(code_at(cache, site), enc::b(int64_t{target} - int64_t{site}), __ATOMIC_RELAXED);
+  __atomic_store_n(code_at(cache, site), word, __ATOMIC_RELAXED);
 }
 
 void unlink_exit(Cache& cache, Exit& exit) {
-  if (exit.linked) {
-    exit.linked = false;
-    patch(cache, exit.site, exit.stub);
+  if (exit.link == Link::site) {
+    patch(cache, exit.site, site_word(exit, exit.stub));
+  } else if (exit.link == Link::stub) {
+    patch(cache, exit.stub, stub_word());
   }
+  exit.link = Link::none;
 }
 
 }  // namespace
 
 const LookupEntry* empty_lookup_table() { return empty_table; }
+
+uint32_t site_word(const Exit& exit, uint32_t target) {
+  const int64_t offset = int64_t{target} - int64_t{exit.site};
+  return exit.branch != 0 ? ir::redirected_branch(exit.branch, offset) : enc::b(offset);
+}
+
+uint32_t stub_word() { return enc::stp_x(0, 1, kStolenRegister, CTX_EXIT_X0); }
 
 CacheWriter::CacheWriter(Cache& cache, uint32_t begin, uint32_t end)
     : cache_(cache), begin_(begin), end_(end) {
@@ -193,9 +203,16 @@ void add_fragment(Cache& cache, const Fragment& fragment) {
 }
 
 void link_exit(Cache& cache, Exit& exit, const Fragment& target) {
-  if (exit.site != 0 && !exit.linked) {
-    exit.linked = true;
-    patch(cache, exit.site, target.begin + 4);
+  if (exit.site == 0 || exit.link != Link::none) {
+    return;
+  }
+  const uint32_t body = target.begin + 4;
+  if (exit.branch == 0 || ir::branch_reaches(exit.branch, int64_t{body} - int64_t{exit.site})) {
+    exit.link = Link::site;
+    patch(cache, exit.site, site_word(exit, body));
+  } else {
+    exit.link = Link::stub;
+    patch(cache, exit.stub, enc::b(int64_t{body} - int64_t{exit.stub}));
   }
 }
 
@@ -236,7 +253,7 @@ uint64_t prepare_replay(Cache& cache, const CallSite& call) {
   CacheWriter writer(cache, start, cache.size);
   uint32_t* code = code_at(cache, start);
   uint32_t* end = std::copy(words.begin(), words.end(), code);
-  *end++ = enc::stp_x(0, 1, kStolenRegister, CTX_EXIT_X0);
+  *end++ = stub_word();
   end += ir::mov_immediate(0, EXIT_NONE, end);
   *end = enc::b(int64_t{cache.leave} - (reinterpret_cast<unsigned char*>(end) - cache.base));
   return reinterpret_cast<uint64_t>(code);

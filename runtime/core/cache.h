@@ -19,12 +19,17 @@ namespace core {
 
 enum class ExitKind : uint8_t { direct, system_call, code_changed };
 
+// Which word goes to the next fragment: the site; or the stub's first one, where a conditional
+// branch at the site does not reach that far.
+enum class Link : uint8_t { none, site, stub };
+
 struct Exit {
   uint64_t target;  // application address behind the exit
   uint32_t site;    // offset of the branch to patch, 0 if the exit is never linked
   uint32_t stub;    // offset of the stub
+  uint32_t branch;  // the conditional branch at the site, with any offset; 0 if it is B
   ExitKind kind;
-  bool linked;
+  Link link;
 };
 
 // Where an application instruction stands in a fragment. At that place the application's value of
@@ -112,6 +117,10 @@ void add_fragment(Cache& cache, const Fragment& fragment);
 inline bool in_cache(const Cache& cache, uint64_t code) {
   return code - reinterpret_cast<uint64_t>(cache.base) < cache.size;
 }
+
+// The branch of an exit's site to an offset of the cache, and the first word of an exit's stub.
+uint32_t site_word(const Exit& exit, uint32_t target);
+uint32_t stub_word();
 
 // Lets an exit go straight to a fragment, or back to its stub.
 void link_exit(Cache& cache, Exit& exit, const Fragment& target);

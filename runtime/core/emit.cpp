@@ -163,15 +163,16 @@ void emit_straight(Emitter& to, uint32_t word, uint64_t pc) {
 // An exit that is not written yet: its site waits for the stub.
 uint32_t add_exit(Emitter& to, uint64_t target, ExitKind kind) {
   const auto number = static_cast<uint32_t>(to.cache.exits.size());
-  to.cache.exits.push_back({target, 0, 0, kind, false});
+  to.cache.exits.push_back({target, 0, 0, 0, kind, Link::none});
   return number;
 }
 
-uint32_t emit_site(Emitter& to, uint64_t target) {
+// The place of B, or of a conditional branch.
+void emit_site(Emitter& to, uint64_t target, uint32_t branch = 0) {
   const uint32_t number = add_exit(to, target, ExitKind::direct);
   to.cache.exits[number].site = to.offset();
+  to.cache.exits[number].branch = branch;
   to.emit(0);
-  return number;
 }
 
 //   STP X0, X1, exit slots;  X0 = number;  B leave
@@ -179,39 +180,42 @@ void emit_stub(Emitter& to, uint32_t number) {
   Exit& exit = to.cache.exits[number];
   exit.stub = to.offset();
   if (exit.site != 0) {
-    to.words[(exit.site - to.fragment.begin) / 4] = enc::b(int64_t{exit.stub} - int64_t{exit.site});
+    to.words[(exit.site - to.fragment.begin) / 4] = site_word(exit, exit.stub);
   }
-  to.emit(enc::stp_x(0, 1, kStolenRegister, CTX_EXIT_X0));
+  to.emit(stub_word());
   emit_constant(to, 0, number);
   to.emit(enc::b(int64_t{to.cache.leave} - int64_t{to.offset()}));
 }
 
-//   B.cond taken                       CBZ X28:  STR Xs, save;  LDR Xs, stolen
-//   fall-through site                            CBZ Xs, taken
-//   taken: taken site                            LDR Xs, save;  fall-through site
-//   stubs                                        taken: LDR Xs, save;  taken site
-void emit_conditional(Emitter& to, uint32_t word, uint64_t pc) {
-  const bool stolen = ir::uses_reg(word, kStolenRegister);
+//   CBZ X28:  STR Xs, save;  LDR Xs, stolen
+//             CBNZ Xs, behind
+//             LDR Xs, save;  taken site
+//   behind:   LDR Xs, save;  fall-through site
+void emit_stolen_conditional(Emitter& to, uint32_t word, uint64_t pc) {
+  constexpr int64_t kSkip = 12;
   const unsigned scratch = ir::lowest_unused_reg(word);
-  uint32_t branch = word;
-  if (stolen) {
-    store_field(to, scratch, CTX_MANGLE_SAVE);
-    load_field(to, scratch, kStolenValue);
-    branch = ir::replace_reg(word, kStolenRegister, scratch);
+  store_field(to, scratch, CTX_MANGLE_SAVE);
+  load_field(to, scratch, kStolenValue);
+  to.emit(ir::inverted_branch(ir::replace_reg(word, kStolenRegister, scratch), kSkip));
+  load_field(to, scratch, CTX_MANGLE_SAVE);
+  emit_site(to, pc + static_cast<uint64_t>(ir::branch_offset(word)));
+  load_field(to, scratch, CTX_MANGLE_SAVE);
+  emit_site(to, pc + 4);
+}
+
+// The branch itself is a site, with the fall-through behind it: the block's next instruction, or a
+// site as well. Returns whether the block ends here.
+bool emit_conditional(Emitter& to, uint32_t word, uint64_t pc) {
+  if (ir::uses_reg(word, kStolenRegister)) {
+    emit_stolen_conditional(to, word, pc);
+    return true;
   }
-  // Inverted: it skips the taken half.
-  const int64_t skip = stolen ? 12 : 8;
-  to.emit(ir::inverted_branch(branch, skip));
-  if (stolen) {
-    load_field(to, scratch, CTX_MANGLE_SAVE);
+  emit_site(to, pc + static_cast<uint64_t>(ir::branch_offset(word)), word);
+  if (pc + 4 != to.behind) {
+    return false;
   }
-  const uint32_t taken = emit_site(to, pc + static_cast<uint64_t>(ir::branch_offset(word)));
-  if (stolen) {
-    load_field(to, scratch, CTX_MANGLE_SAVE);
-  }
-  const uint32_t behind = emit_site(to, pc + 4);
-  emit_stub(to, taken);
-  emit_stub(to, behind);
+  emit_site(to, pc + 4);
+  return true;
 }
 
 // The target of an indirect branch into X0. An authenticated one is worked out in a register that
@@ -340,8 +344,7 @@ bool emit_application(Emitter& to, uint32_t word, uint64_t pc) {
     emit_exit(to, pc + static_cast<uint64_t>(ir::branch_offset(word)));
     return true;
   case ir::control::conditional:
-    emit_conditional(to, word, pc);
-    return true;
+    return emit_conditional(to, word, pc);
   case ir::control::jump_register:
   case ir::control::ret:
     emit_lookup(to, word, pc, false);
@@ -374,7 +377,8 @@ uint64_t application_ctr() {
   return value & ~kDic;
 }
 
-Emitter::Emitter(Cache& to, uint64_t tag) : cache(to), words(to.words), fragment{}, constants{} {
+Emitter::Emitter(Cache& to, uint64_t tag, uint64_t end)
+    : cache(to), words(to.words), fragment{}, behind(end), constants{} {
   words.clear();
   fragment.tag = tag;
   fragment.begin = to.cursor;
@@ -385,7 +389,20 @@ Emitter::Emitter(Cache& to, uint64_t tag) : cache(to), words(to.words), fragment
 }
 
 void emit_exit(Emitter& to, uint64_t target, ExitKind kind) {
-  emit_stub(to, kind == ExitKind::direct ? emit_site(to, target) : add_exit(to, target, kind));
+  if (kind == ExitKind::direct) {
+    emit_site(to, target);
+  } else {
+    emit_stub(to, add_exit(to, target, kind));
+  }
+}
+
+void emit_stubs(Emitter& to) {
+  const auto count = static_cast<uint32_t>(to.cache.exits.size());
+  for (uint32_t number = to.fragment.first_exit; number < count; ++number) {
+    if (to.cache.exits[number].stub == 0) {
+      emit_stub(to, number);
+    }
+  }
 }
 
 void emit_constants(Emitter& to) {

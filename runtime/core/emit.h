@@ -20,9 +20,10 @@ struct Emitter {
   Cache& cache;
   std::vector<uint32_t>& words;
   Fragment fragment;
+  const uint64_t behind;  // the application address behind the block
   std::vector<CallConstants> constants;
 
-  Emitter(Cache& to, uint64_t tag);
+  Emitter(Cache& to, uint64_t tag, uint64_t behind);
   uint32_t offset() const { return fragment.begin + static_cast<uint32_t>(words.size()) * 4; }
   void emit(uint32_t word) { words.push_back(word); }
 };
@@ -33,6 +34,8 @@ bool emit_instruction(Emitter& emitter, const instr_t& instr);
 // The direct exit of a block that ends without a control transfer.
 void emit_exit(Emitter& emitter, uint64_t target, ExitKind kind = ExitKind::direct);
 
+// The stubs of the exits, behind the block's code.
+void emit_stubs(Emitter& emitter);
 // The constants of the calls, behind all instructions.
 void emit_constants(Emitter& emitter);
 

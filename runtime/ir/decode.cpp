@@ -70,14 +70,30 @@ std::int64_t branch_offset(std::uint32_t word) {
   return is_test_branch(word) ? sign_extend(word >> 5, 14) * 4 : sign_extend(word >> 5, 19) * 4;
 }
 
+namespace {
+
+unsigned offset_width(std::uint32_t word) { return is_test_branch(word) ? 14 : 19; }
+
+}  // namespace
+
 std::uint32_t inverted_branch(std::uint32_t word, std::int64_t offset) {
   constexpr std::uint32_t condition_bit = 1;
   constexpr std::uint32_t non_zero_bit = 1u << 24;
-  const unsigned width = is_test_branch(word) ? 14 : 19;
-  const std::uint32_t offset_field = ((1u << width) - 1) << 5;
-  const std::uint32_t inverted = word ^ (is_conditional_b(word) ? condition_bit : non_zero_bit);
-  return (inverted & ~offset_field) | enc::scaled(offset, 2, width, 5, "conditional branch");
+  return redirected_branch(word ^ (is_conditional_b(word) ? condition_bit : non_zero_bit), offset);
 }
+
+std::uint32_t redirected_branch(std::uint32_t word, std::int64_t offset) {
+  const unsigned width = offset_width(word);
+  const std::uint32_t offset_field = ((1u << width) - 1) << 5;
+  return (word & ~offset_field) | enc::scaled(offset, 2, width, 5, "conditional branch");
+}
+
+bool branch_reaches(std::uint32_t word, std::int64_t offset) {
+  const std::int64_t limit = std::int64_t{4} << (offset_width(word) - 1);
+  return offset >= -limit && offset < limit;
+}
+
+bool is_scalable(std::uint32_t word) { return (word & 0x1e000000) == 0x04000000; }
 
 unsigned branch_register(std::uint32_t word) {
   const bool return_address = (word & 0xfffffbff) == 0xd65f0bff;

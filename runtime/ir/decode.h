@@ -27,12 +27,18 @@ control control_of(std::uint32_t word);
 std::int64_t branch_offset(std::uint32_t word);
 // A conditional with the opposite condition and another offset, a multiple of 4 in 16 signed bits.
 std::uint32_t inverted_branch(std::uint32_t word, std::int64_t offset);
+// The same condition with another offset, and whether there is room for that.
+std::uint32_t redirected_branch(std::uint32_t word, std::int64_t offset);
+bool branch_reaches(std::uint32_t word, std::int64_t offset);
 // The register of a BR, BLR or RET in any form: X30 for RETAA and RETAB.
 unsigned branch_register(std::uint32_t word);
 // For an authenticated BR, BLR or RET the word that authenticates `target`, a register that holds a
 // copy of the branch's; 0 for the plain forms. The modifier register of BRAA, BRAB, BLRAA and BLRAB
 // stays a register field of that word (replace_reg), and is no other's.
 std::uint32_t authentication(std::uint32_t word, unsigned target);
+
+// The encodings set apart for scalable vectors.
+bool is_scalable(std::uint32_t word);
 
 // ---- operands relative to the PC ----------------------------------------------------------------
 
