@@ -20,19 +20,39 @@ constexpr uint32_t kMaxFragmentBytes = 4 * 0xffff;
 // Conditional branches within a block.
 constexpr unsigned kMaxBranches = 3;
 
-// How many instructions at `pc` can be read and executed; their words go to `words`.
-unsigned read_code(uint64_t pc, uint32_t* words) {
-  const uint64_t end = executable_end(pc);
-  if (pc % 4 != 0 || end == 0) {
-    return 0;
+// The application's code from `pc` on, a few words at a time: most blocks are short.
+class CodeReader {
+public:
+  // The word at `pc`, which is behind the last one; false if it cannot be read and executed.
+  bool next(uint64_t pc, uint32_t& word) {
+    if (at_ == count_) {
+      at_ = 0;
+      count_ = read(pc);
+    }
+    if (at_ == count_) {
+      return false;
+    }
+    word = words_[at_++];
+    return true;
   }
-  const size_t wanted = std::min<uint64_t>(kMaxBlockInstructions * 4, end - pc);
-  // Noted first, so that a change by another thread cannot fall between reading and noting.
-  constexpr uint64_t kGrain = 4096;
-  note_decoded(pc & ~(kGrain - 1), (pc + wanted + kGrain - 1) & ~(kGrain - 1));
-  const size_t missing = core_copy(words, reinterpret_cast<const void*>(pc), wanted);
-  return static_cast<unsigned>((wanted - missing) / 4);
-}
+
+private:
+  unsigned read(uint64_t pc) {
+    const uint64_t end = executable_end(pc);
+    if (pc % 4 != 0 || end == 0) {
+      return 0;
+    }
+    const size_t wanted = std::min<uint64_t>(sizeof words_, end - pc);
+    // Noted first, so that a change by another thread cannot fall between reading and noting.
+    constexpr uint64_t kGrain = 4096;
+    note_decoded(pc & ~(kGrain - 1), (pc + wanted + kGrain - 1) & ~(kGrain - 1));
+    const size_t missing = core_copy(words_, reinterpret_cast<const void*>(pc), wanted);
+    return static_cast<unsigned>((wanted - missing) / 4);
+  }
+
+  uint32_t words_[16];
+  unsigned at_ = 0, count_ = 0;
+};
 
 // Whether a block goes on behind a conditional branch: where it may well be the way, and is not the
 // beginning of a fragment already. Then the fall-through costs nothing.
@@ -45,20 +65,20 @@ bool goes_on(Cache& cache, uint32_t word, uint64_t pc) {
 // with instructions that the client may expand ends at the first one: branches must reach the
 // stubs.
 uint64_t read_block(Context& context, instrlist_t& list) {
-  uint32_t words[kMaxBlockInstructions];
-  const unsigned count = read_code(context.pc, words);
+  CodeReader code;
   uint64_t pc = context.pc;
+  uint32_t word;
   bool scalable = false;
   unsigned transfers = 0;
-  for (unsigned i = 0; i < count; ++i, pc += 4) {
-    if (transfers != 0 && ir::is_scalable(words[i])) {
+  for (unsigned i = 0; i < kMaxBlockInstructions && code.next(pc, word); ++i, pc += 4) {
+    if (transfers != 0 && ir::is_scalable(word)) {
       return pc;
     }
-    ir::append(list, ir::new_original(context.arena, words[i], reinterpret_cast<app_pc>(pc)));
-    scalable = scalable || ir::is_scalable(words[i]);
-    if (ir::control_of(words[i]) != ir::control::none) {
+    ir::append(list, ir::new_original(context.arena, word, reinterpret_cast<app_pc>(pc)));
+    scalable = scalable || ir::is_scalable(word);
+    if (ir::control_of(word) != ir::control::none) {
       ++transfers;
-      if (scalable || transfers > kMaxBranches || !goes_on(*context.cache, words[i], pc)) {
+      if (scalable || transfers > kMaxBranches || !goes_on(*context.cache, word, pc)) {
         return pc + 4;
       }
     }
@@ -89,6 +109,9 @@ std::vector<uint32_t> restoring_half(Emitter& emitter, const instr_t& call) {
 
 // Tells each call how to give the registers back, before the list is optimised.
 void keep_restoring_halves(Cache& cache, instrlist_t& list, uint64_t tag) {
+  if (!has_call(list)) {
+    return;
+  }
   Emitter emitter(cache, tag, 0);
   for (instr_t* instr = list.first; instr != nullptr; instr = instr->next) {
     if (instr->kind == ir::kind::call) {

@@ -12,14 +12,22 @@ core_copy:
 core_copy_begin:
         // Words while both sides are aligned to them: the kernel's structures and code are.
         orr x3, x0, x1
-        tst x3, #7
+        tst x3, #3
         b.ne 2f
+        tst x3, #7
+        b.ne 4f
 1:      subs x3, x2, #8
-        b.lo 2f
+        b.lo 4f
         ldr x4, [x1], #8
         str x4, [x0], #8
         mov x2, x3
         b 1b
+4:      subs x3, x2, #4
+        b.lo 2f
+        ldr w4, [x1], #4
+        str w4, [x0], #4
+        mov x2, x3
+        b 4b
 2:      cbz x2, 3f
         ldrb w4, [x1], #1
         strb w4, [x0], #1

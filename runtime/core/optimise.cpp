@@ -250,6 +250,8 @@ Steps steps_of(const instrlist_t& list) {
   return steps;
 }
 
+}  // namespace
+
 bool has_call(const instrlist_t& list) {
   const instr_t* instr = list.first;
   while (instr != nullptr && instr->kind != ir::kind::call) {
@@ -257,8 +259,6 @@ bool has_call(const instrlist_t& list) {
   }
   return instr != nullptr;
 }
-
-}  // namespace
 
 void optimise_block(ir::arena& memory, instrlist_t& list, uint64_t context) {
   if (!has_call(list)) {

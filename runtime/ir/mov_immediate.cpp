@@ -52,6 +52,11 @@ unsigned write(const seed& first, unsigned rd, std::uint64_t value, std::uint32_
 }  // namespace
 
 unsigned mov_immediate(unsigned rd, std::uint64_t value, std::uint32_t words[mov_immediate_max]) {
+  constexpr std::uint64_t halfword_limit = 0x10000;
+  if (value < halfword_limit) {
+    words[0] = enc::movz(rd, static_cast<unsigned>(value), 0);
+    return 1;
+  }
   unsigned shortest = mov_immediate_max + 1;
   for (const seed& first : seeds) {
     std::uint32_t candidate[mov_immediate_max];

@@ -175,6 +175,15 @@ std::uint32_t named_registers(std::uint32_t word) {
 }
 
 bool uses_reg(std::uint32_t word, unsigned number) {
+  // Most words have the number in no field at all, nor that of a pair's first register.
+  bool in_a_field = false;
+  const unsigned all[] = {field_t(word), field_n(word), field_a(word), field_m(word)};
+  for (const unsigned field : all) {
+    in_a_field |= field == number || field + 1 == number;
+  }
+  if (!in_a_field) {
+    return false;
+  }
   return (named_registers(word) >> number & 1) != 0;
 }
 

@@ -62,11 +62,17 @@ std::string path_of(int fd) {
 }
 
 module_data_t* data_of(const Module& module) {
-  auto* data = new module_data_t;
+  // The path stands behind the data, since the client asks for each block.
+  const std::string& path = module.path;
+  void* const memory = std::malloc(sizeof(module_data_t) + path.size() + 1);
+  if (memory == nullptr) {
+    std::abort();
+  }
+  auto* const data = new (memory) module_data_t;
   data->start = reinterpret_cast<app_pc>(module.begin);
   data->end = reinterpret_cast<app_pc>(module.end);
   data->entry_point = reinterpret_cast<app_pc>(module.entry);
-  data->full_path = strdup(module.path.c_str());
+  data->full_path = static_cast<char*>(std::memcpy(data + 1, path.c_str(), path.size() + 1));
   return data;
 }
 
@@ -112,9 +118,4 @@ module_data_t* dr_lookup_module(byte* pc) {
       [=](const os::Module& module) { return address >= module.begin && address < module.end; });
 }
 
-void dr_free_module_data(module_data_t* data) {
-  if (data != nullptr) {
-    std::free(const_cast<char*>(data->full_path));
-    delete data;
-  }
-}
+void dr_free_module_data(module_data_t* data) { std::free(data); }
