@@ -55,6 +55,13 @@ uint64_t initial_mask() {
 }
 
 bool apply_mask(Thread& thread) {
+  ThreadSignals& signals = thread.signals;
+  if (signals.has_held && (signals.mask & signal_bit(signals.held.si_signo)) == 0) {
+    signals.has_held = false;
+    signals.fault = signals.held;
+    signals.fault_syndrome = 0;
+    core::add_pending(thread.context, kFaultPending);
+  }
   const uint64_t wanted = thread.signals.mask & ~kNeverMasked;
   const Call call = {SYS_rt_sigprocmask,
                      {SIG_SETMASK, reinterpret_cast<uint64_t>(&wanted), 0, kMaskSize}};

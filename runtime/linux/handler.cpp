@@ -13,6 +13,7 @@
 //                                                                   restoring half of the call runs
 #include "runtime/linux/handler.h"
 
+#include <asm/sigcontext.h>
 #include <ucontext.h>
 
 #include <cstring>
@@ -80,19 +81,31 @@ void block_everything(ucontext_t& interrupted) {
   std::memcpy(&interrupted.uc_sigmask, &mask, sizeof mask);
 }
 
+// SIGSEGV and SIGBUS that somebody sent: the kernel never blocks them, so what the application
+// blocks is held here.
+void record_unmasked(Thread& thread, const siginfo_t& info) {
+  ThreadSignals& signals = thread.signals;
+  if ((signals.mask & signal_bit(info.si_signo)) != 0) {
+    signals.held = info;
+    signals.has_held = true;
+  } else if ((thread.context.pending & kFaultPending) == 0) {
+    signals.fault = info;
+    signals.fault_syndrome = 0;
+    core::add_pending(thread.context, kFaultPending);
+  }
+}
+
 void record_signal(Thread& thread, int signal, const siginfo_t& info, ucontext_t& interrupted) {
-  // SIGSEGV and SIGBUS that were sent by somebody arrive even while another signal waits.
   if ((signal_bit(signal) & kNeverMasked) != 0) {
-    if ((thread.context.pending & kFaultPending) == 0) {
-      thread.signals.fault = info;
-      core::add_pending(thread.context, kFaultPending);
-    }
+    record_unmasked(thread, info);
   } else {
     thread.signals.info = info;
     core::add_pending(thread.context, kSignalPending);
     block_everything(interrupted);
   }
-  come_to_dispatcher(thread.context, interrupted.uc_mcontext);
+  if (thread.context.pending != 0) {
+    come_to_dispatcher(thread.context, interrupted.uc_mcontext);
+  }
 }
 
 // ---- synchronous faults -------------------------------------------------------------------------
@@ -129,6 +142,16 @@ void restore_scratch(core::Context& context, uint8_t scratch) {
   }
 }
 
+void record_fault(Thread& thread, const siginfo_t& info, const mcontext_t& machine) {
+  thread.signals.fault = info;
+  thread.signals.fault_syndrome = 0;
+  const RecordHead* record = find_record(machine, ESR_MAGIC);
+  if (record != nullptr && record->size >= sizeof(esr_context)) {
+    thread.signals.fault_syndrome = reinterpret_cast<const esr_context*>(record)->esr;
+  }
+  core::add_pending(thread.context, kFaultPending);
+}
+
 void fault_in_cache(Thread& thread, const siginfo_t& info, ucontext_t& interrupted) {
   core::Context& context = thread.context;
   mcontext_t& machine = interrupted.uc_mcontext;
@@ -141,12 +164,11 @@ void fault_in_cache(Thread& thread, const siginfo_t& info, ucontext_t& interrupt
   context.x[core::kStolenRegister] = stolen;
   restore_scratch(context, place.scratch);
   context.pc = place.pc;
-  thread.signals.fault = info;
+  record_fault(thread, info, machine);
   // For these the address is that of the instruction.
   if (info.si_signo == SIGILL || info.si_signo == SIGTRAP || info.si_signo == SIGFPE) {
     thread.signals.fault.si_addr = reinterpret_cast<void*>(place.pc);
   }
-  core::add_pending(context, kFaultPending);
   machine.pc = address_of(core_enter_bail);
 }
 
@@ -174,8 +196,7 @@ bool abandon_call(Thread& thread, const siginfo_t& info, mcontext_t& machine) {
   machine.sp = context.runtime_sp;
   machine.regs[core::kStolenRegister] = reinterpret_cast<uint64_t>(&context);
   context.pc = call->pc;
-  thread.signals.fault = info;
-  core::add_pending(context, kFaultPending);
+  record_fault(thread, info, machine);
   return true;
 }
 
@@ -190,6 +211,10 @@ void handle_fault(Thread& thread, int signal, siginfo_t& info, ucontext_t& inter
   mcontext_t& machine = interrupted.uc_mcontext;
   const bool wanted = application_handles(thread, signal);
   const bool cached = core::in_cache(*context.cache, machine.pc);
+  // Another thread has this cache writable for a moment, where it cannot be both: try again.
+  if (cached && context.cache->toggles && reinterpret_cast<uint64_t>(info.si_addr) == machine.pc) {
+    return;
+  }
   if (cached && wanted) {
     fault_in_cache(thread, info, interrupted);
     return;

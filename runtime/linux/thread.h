@@ -22,6 +22,9 @@ struct ThreadSignals {
   stack_t alternate;  // the application's
   siginfo_t info;
   siginfo_t fault;
+  uint64_t fault_syndrome;  // the kernel's ESR for `fault`, 0 if it told none
+  siginfo_t held;           // a SIGSEGV or SIGBUS that was sent while the application blocks it
+  bool has_held;
   void* handler_stack;  // the runtime's own alternate stack
 };
 
