@@ -74,8 +74,9 @@ void fill_addresses(Case& chosen, const Row& row, Random& random, const Memory& 
     return;
   const unsigned n = bits_of(chosen.word, 5), m = bits_of(chosen.word, 16);
   if (kind == Addresses::vector) {
-    for (unsigned i = 0; i < 2; i++)
-      fixture::set_lane(chosen.state.z[n], 8, i, memory.middle() + small_offset(random) * 8);
+    const unsigned width = width_of(name);
+    for (unsigned i = 0; i < vector_bytes / width; i++)
+      fixture::set_lane(chosen.state.z[n], width, i, memory.middle() + small_offset(random) * 8);
     return;
   }
   if (kind == Addresses::base_index && n == m && n != 31)  // no such address could be valid
