@@ -73,7 +73,7 @@ const Saturation saturations[] = {
     {127, 8, 0, 0x7f, 0},     {-128, 8, 0, 0x80, 0},           {-1, 8, 1, 0, 1},
     {256, 8, 1, 0xff, 1},     {255, 8, 1, 0xff, 0},            {two_64, 64, 1, all_ones, 1},
     {two_64 - 1, 64, 1, all_ones, 0}, {-two_64, 64, 0, sign_64, 1}, {two_64, 64, 0, sign_64 - 1, 1},
-    {-1, 64, 0, all_ones, 0}, {two_64 * two_64 / 4, 32, 1, 0xffffffff, 1},
+    {-1, 64, 0, all_ones, 0}, {two_64 << 60, 32, 1, 0xffffffff, 1},
 };
 
 TEST(Saturation, ClampsAndCuts) {
@@ -149,12 +149,12 @@ constexpr uint32_t n = 1u << 31, z = 1u << 30, c = 1u << 29, v = 1u << 28, rest 
 
 CpuContext context_of(uint32_t nzcv, uint32_t vl = 2) { return {nzcv, 0, 0, vl, {}}; }
 
-struct Test {
+struct FlagCase {
   uint64_t mask, result;
   int esize;
   uint32_t flags;
 };
-const Test tests[] = {
+const FlagCase flag_cases[] = {
     {0, 0xffff, 8, z | c},         // nothing active
     {0xffff, 0, 8, z | c},         // nothing true
     {0x0008, 0x0008, 8, n},        // the only active element is true
@@ -166,7 +166,7 @@ const Test tests[] = {
 };
 
 TEST(PredicateHelpers, SetFlags) {
-  for (const Test& test : tests) {
+  for (const FlagCase& test : flag_cases) {
     const PredV mask = {{test.mask, 0, 0, 0}}, result = {{test.result, 0, 0, 0}};
     for (const uint32_t old : {0u, n | z | c | v, rest, n | z | c | v | rest}) {
       CpuContext context = context_of(old);
