@@ -1,0 +1,39 @@
+// Two threads whose Z5 differ, and a place to stop when both have set theirs.
+#include <pthread.h>
+#include <stdatomic.h>
+
+static atomic_int ready;
+static atomic_int over;
+
+static void* first(void* unused) {
+  __asm__ volatile("mov z5.s, #11" ::: "v5");
+  ready++;
+  while (!over) {
+  }
+  return unused;
+}
+
+static void* second(void* unused) {
+  __asm__ volatile("mov z5.s, #22" ::: "v5");
+  ready++;
+  while (!over) {
+  }
+  return unused;
+}
+
+static __attribute__((noinline)) void both_ready(void) {
+  __asm__ volatile("mov z5.s, #33" ::: "v5");
+}
+
+int main(void) {
+  pthread_t threads[2];
+  if (pthread_create(&threads[0], NULL, first, NULL) != 0) return 1;
+  if (pthread_create(&threads[1], NULL, second, NULL) != 0) return 1;
+  while (ready != 2) {
+  }
+  both_ready();
+  both_ready();
+  over = 1;
+  for (int i = 0; i < 2; i++) pthread_join(threads[i], NULL);
+  return 0;
+}
