@@ -1,4 +1,5 @@
-// Two threads whose Z5 differ, and a place to stop when both have set theirs.
+// Two threads whose Z5 differ, and a place to stop when both have set theirs. Each uses a form of its
+// own: the gdb port of qemu-user can miss a breakpoint while it steps another thread over it.
 #include <pthread.h>
 #include <stdatomic.h>
 
@@ -6,7 +7,7 @@ static atomic_int ready;
 static atomic_int over;
 
 static void* first(void* unused) {
-  __asm__ volatile("mov z5.s, #11" ::: "v5");
+  __asm__ volatile("mov z5.d, #11" ::: "v5");
   ready++;
   while (!over) {
   }
@@ -14,7 +15,7 @@ static void* first(void* unused) {
 }
 
 static void* second(void* unused) {
-  __asm__ volatile("mov z5.s, #22" ::: "v5");
+  __asm__ volatile("mov z5.b, #22" ::: "v5");
   ready++;
   while (!over) {
   }
