@@ -39,7 +39,8 @@ def run(host, command, gdb_arguments, directory=None):
     """What gdb printed, errors among it, when it debugged the command. The arguments begin when
     gdb is connected, or has the program but has not started it."""
     with tempfile.TemporaryDirectory() as scratch:
-        environment = dict(os.environ, DEBUGINFOD_URLS="", ASAN_OPTIONS="detect_leaks=0")
+        environment = dict(os.environ, PYTHONDONTWRITEBYTECODE="1", DEBUGINFOD_URLS="",
+                           ASAN_OPTIONS="detect_leaks=0")
         line = [gdb_program(host), "-nx", "-q", "-batch", "-ex", "set confirm off",
                 "-ex", "set style enabled off"]
         simulator = None

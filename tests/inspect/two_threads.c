@@ -1,5 +1,5 @@
-// Two threads whose Z5 differ, and a place to stop when both have set theirs. Each uses a form of its
-// own: the gdb port of qemu-user can miss a breakpoint while it steps another thread over it.
+// Two threads whose Z5 differ, and a place to stop when both have set theirs. Each uses a form of
+// its own: the gdb port of qemu-user can miss a breakpoint while it steps another thread over it.
 #include <pthread.h>
 #include <stdatomic.h>
 
@@ -28,13 +28,16 @@ static __attribute__((noinline)) void both_ready(void) {
 
 int main(void) {
   pthread_t threads[2];
-  if (pthread_create(&threads[0], NULL, first, NULL) != 0) return 1;
-  if (pthread_create(&threads[1], NULL, second, NULL) != 0) return 1;
+  if (pthread_create(&threads[0], NULL, first, NULL) != 0)
+    return 1;
+  if (pthread_create(&threads[1], NULL, second, NULL) != 0)
+    return 1;
   while (ready != 2) {
   }
   both_ready();
   both_ready();
   over = 1;
-  for (int i = 0; i < 2; i++) pthread_join(threads[i], NULL);
+  for (int i = 0; i < 2; i++)
+    pthread_join(threads[i], NULL);
   return 0;
 }

@@ -8,6 +8,7 @@ is called, and no debug information is needed. See docs/debugging.md.
 """
 
 import os
+import re
 import struct
 import sys
 
@@ -383,6 +384,15 @@ def run_to(location):
     return arrived
 
 
+def function_entry(name):
+    """Where a function begins; gdb's own place for a breakpoint is behind the first instructions."""
+    _, found = gdb.decode_line(name)
+    address = found[0].pc
+    symbol = gdb.execute("info symbol 0x%x" % address, to_string=True)
+    inside = re.search(r" \+ (\d+) in section ", symbol)
+    return address - int(inside.group(1)) if inside else address
+
+
 def told():
     """How often a stop has told its place by itself."""
     return sum(b.hit_count for b in gdb.breakpoints() if "sve where" in (b.commands or ""))
@@ -392,9 +402,10 @@ def step_command(_argument):
     if thread_record() is None:
         raise gdb.GdbError("only for a thread of an application under tavok")
     before = told()
-    arrived = run_to("emulate_instruction")
+    # Its third argument is the stub.
+    arrived = run_to("*0x%x" % function_entry("emulate_instruction"))
     if arrived:
-        arrived = run_to("*0x%x" % int(gdb.selected_frame().read_var("stub")))
+        arrived = run_to("*0x%x" % int(gdb.parse_and_eval("(unsigned long)$x2")))
     if gdb.selected_thread() is None:
         show("the process has ended\n")
     elif arrived and told() == before:
