@@ -38,6 +38,9 @@ struct Place {
 inline constexpr uint8_t kNoScratch = 31;
 inline constexpr uint8_t kScratchPair = 32;
 
+// From Fragment::lookup to the look-up's BR, where X0 and X1 are the application's again.
+inline constexpr uint32_t kLookupToBranch = 7 * 4;
+
 // A clean call. After a fault in the callee, the code from `return_offset` to `end` gives the
 // registers back as they were in front of the application's instruction.
 struct CallSite {
@@ -50,7 +53,7 @@ struct Fragment {
   uint64_t tag;
   uint32_t begin, end;
   uint32_t first_exit, first_place, first_call;
-  uint32_t lookup;  // where an interrupted inline look-up starts again, 0 if there is none
+  uint32_t lookup;  // where the inline look-up has X0 = target and saved X0 to X2; 0: there is none
   uint16_t exit_count, place_count, call_count;
 };
 

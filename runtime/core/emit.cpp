@@ -31,8 +31,12 @@ void store_field(Emitter& to, unsigned reg, unsigned field) {
   to.emit(enc::str_x(reg, kStolenRegister, field));
 }
 
-// Notes that the application's instruction at `pc` is the next word.
+// Notes that the application's instruction at `pc` begins with the next word. In the midst of what
+// the client inserted the registers are not the application's.
 void mark(Emitter& to, uint64_t pc, unsigned scratch = kNoScratch) {
+  if (!to.marking) {
+    return;
+  }
   to.cache.places.push_back({static_cast<uint16_t>(to.words.size()),
                              static_cast<uint8_t>((pc - to.fragment.tag) / 4),
                              static_cast<uint8_t>(scratch)});
@@ -198,6 +202,8 @@ void emit_conditional(Emitter& to, uint32_t word, uint64_t pc) {
     store_field(to, scratch, CTX_MANGLE_SAVE);
     load_field(to, scratch, kStolenValue);
     branch = ir::replace_reg(word, kStolenRegister, scratch);
+  } else {
+    mark(to, pc);
   }
   // Inverted: it skips the taken half.
   const int64_t skip = stolen ? 12 : 8;
@@ -249,7 +255,7 @@ void emit_target(Emitter& to, uint32_t word) {
 
 //          STP X0, X1, exit slots;  STR X2, its slot
 //          X0 = target  (and X30 = return address)
-//   again: LDR  X1, table                  an interrupted look-up starts again here
+//          LDR  X1, table                  Fragment::lookup
 //          UBFX X2, X0, #2, #bits
 //          ADD  X1, X1, X2, LSL #4
 //          LDP  X1, X2, [X1]               tag, code
@@ -260,6 +266,7 @@ void emit_target(Emitter& to, uint32_t word) {
 //   miss:  B    the cache's common miss
 void emit_lookup(Emitter& to, uint32_t word, uint64_t pc, bool call) {
   static_assert(sizeof(LookupEntry) == 16);
+  mark(to, pc);
   to.emit(enc::stp_x(0, 1, kStolenRegister, CTX_EXIT_X0));
   store_field(to, 2, CTX_EXIT_X2);
   emit_target(to, word);
@@ -274,7 +281,7 @@ void emit_lookup(Emitter& to, uint32_t word, uint64_t pc, bool call) {
   to.emit(enc::sub_reg(1, 1, 0));
   to.emit(enc::cbnz_x(1, 12));
   to.emit(enc::ldp_x(0, 1, kStolenRegister, CTX_EXIT_X0));
-  to.emit(enc::br(2));
+  to.emit(enc::br(2));  // at kLookupToBranch
   to.emit(enc::b(int64_t{to.cache.miss} - int64_t{to.offset()}));
 }
 
@@ -325,6 +332,7 @@ bool emit_application(Emitter& to, uint32_t word, uint64_t pc) {
     emit_lookup(to, word, pc, true);
     return true;
   case ir::control::system_call:
+    mark(to, pc);
     emit_exit(to, pc + 4, ExitKind::system_call);
     return true;
   case ir::control::cache_flush:
@@ -372,6 +380,7 @@ bool emit_instruction(Emitter& to, const instr_t& instr) {
     to.emit(instr.word);
     return false;
   }
+  to.marking = instr.kind == ir::kind::original;
   return emit_application(to, instr.word, reinterpret_cast<uint64_t>(instr.pc));
 }
 

@@ -14,6 +14,7 @@ struct Emitter {
   Cache& cache;
   std::vector<uint32_t>& words;
   Fragment fragment;
+  bool marking = false;  // the words of an instruction of the application follow
 
   Emitter(Cache& to, uint64_t tag);
   uint32_t offset() const { return fragment.begin + static_cast<uint32_t>(words.size()) * 4; }

@@ -6,9 +6,9 @@
 //   dispatcher                    goes on, and sees `pending`       the runtime's own: message, end
 //   about to enter the cache      to core_enter_bail                -
 //   about to make a call          to os_call_bail                   -
-//   a fragment                    its exits are unlinked            registers to the context, and
-//                                                                   to core_enter_bail
-//   inline look-up                starts again, table empty         -
+//   a fragment, between two       registers to the context, and     registers to the context, and
+//   instructions                  to core_enter_bail                to core_enter_bail
+//   a fragment, elsewhere         its exits are unlinked            -
 //   clean call                    exits of its fragment unlinked    the client's action; else the
 //                                                                   restoring half of the call runs
 #include "runtime/linux/handler.h"
@@ -22,6 +22,7 @@
 #include "runtime/core/entry.h"
 #include "runtime/core/fatal.h"
 #include "runtime/linux/machine_context.h"
+#include "runtime/linux/position.h"
 #include "runtime/linux/signals.h"
 
 extern "C" const char os_call_check[], os_call_svc[], os_call_bail[];
@@ -45,24 +46,6 @@ void leave_at_end(core::Context& context, uint64_t code) {
   context.lookup_table = core::empty_lookup_table();
 }
 
-void leave_fragment(core::Context& context, mcontext_t& machine) {
-  core::Cache& cache = *context.cache;
-  core::Fragment* fragment = core::fragment_holding(cache, machine.pc);
-  leave_at_end(context, machine.pc);
-  if (fragment == nullptr || fragment->lookup == 0) {
-    return;
-  }
-  // The instructions of a look-up from its second start: seven up to the restoring LDP, then BR.
-  constexpr uint64_t kBranchOfLookup = 7 * 4;
-  const uint64_t lookup = reinterpret_cast<uint64_t>(cache.base) + fragment->lookup;
-  const uint64_t branch = lookup + kBranchOfLookup;
-  if (machine.pc > lookup && machine.pc < branch) {
-    machine.pc = lookup;
-  } else if (machine.pc == branch) {
-    leave_at_end(context, machine.regs[2]);
-  }
-}
-
 // Brings the thread to the dispatcher without waiting for anything.
 void come_to_dispatcher(core::Context& context, mcontext_t& machine) {
   if (is_between(machine.pc, core_enter_check, core_enter_end)) {
@@ -70,7 +53,11 @@ void come_to_dispatcher(core::Context& context, mcontext_t& machine) {
   } else if (is_between(machine.pc, os_call_check, os_call_svc + 4)) {
     machine.pc = address_of(os_call_bail);
   } else if (core::in_cache(*context.cache, machine.pc)) {
-    leave_fragment(context, machine);
+    if (load_exact_state(context, machine)) {
+      machine.pc = address_of(core_enter_bail);
+    } else {
+      leave_at_end(context, machine.pc);
+    }
   } else if (context.in_cache != 0) {
     leave_at_end(context, context.call_return);
   }
@@ -110,38 +97,6 @@ void record_signal(Thread& thread, int signal, const siginfo_t& info, ucontext_t
 
 // ---- synchronous faults -------------------------------------------------------------------------
 
-// The application instruction that the thread stands at: exactly, or the last one before it.
-struct FaultPlace {
-  uint64_t pc;
-  uint8_t scratch;
-};
-
-FaultPlace find_place(const core::Cache& cache, const core::Fragment& fragment, uint64_t code) {
-  const uint64_t begin = reinterpret_cast<uint64_t>(cache.base) + fragment.begin;
-  const uint64_t word = (code - begin) / 4;
-  FaultPlace found = {fragment.tag, core::kNoScratch};
-  for (unsigned i = 0; i < fragment.place_count; ++i) {
-    const core::Place& place = cache.places[fragment.first_place + i];
-    if (place.code_word > word) {
-      break;
-    }
-    found.pc = fragment.tag + place.app_word * uint64_t{4};
-    found.scratch = place.code_word == word ? place.scratch : core::kNoScratch;
-  }
-  return found;
-}
-
-void restore_scratch(core::Context& context, uint8_t scratch) {
-  if (scratch == core::kNoScratch) {
-    return;
-  }
-  const unsigned first = scratch & (core::kScratchPair - 1);
-  context.x[first] = context.mangle_save;
-  if ((scratch & core::kScratchPair) != 0) {
-    context.x[first + 1] = context.mangle_save2;
-  }
-}
-
 void record_fault(Thread& thread, const siginfo_t& info, const mcontext_t& machine) {
   thread.signals.fault = info;
   thread.signals.fault_syndrome = 0;
@@ -155,19 +110,11 @@ void record_fault(Thread& thread, const siginfo_t& info, const mcontext_t& machi
 void fault_in_cache(Thread& thread, const siginfo_t& info, ucontext_t& interrupted) {
   core::Context& context = thread.context;
   mcontext_t& machine = interrupted.uc_mcontext;
-  FaultPlace place = {context.pc, core::kNoScratch};
-  if (const core::Fragment* fragment = core::fragment_holding(*context.cache, machine.pc)) {
-    place = find_place(*context.cache, *fragment, machine.pc);
-  }
-  const uint64_t stolen = context.x[core::kStolenRegister];
-  load_registers(context, machine);
-  context.x[core::kStolenRegister] = stolen;
-  restore_scratch(context, place.scratch);
-  context.pc = place.pc;
+  load_fault_state(context, machine);
   record_fault(thread, info, machine);
   // For these the address is that of the instruction.
   if (info.si_signo == SIGILL || info.si_signo == SIGTRAP || info.si_signo == SIGFPE) {
-    thread.signals.fault.si_addr = reinterpret_cast<void*>(place.pc);
+    thread.signals.fault.si_addr = reinterpret_cast<void*>(context.pc);
   }
   machine.pc = address_of(core_enter_bail);
 }

@@ -1,0 +1,126 @@
+#include "runtime/linux/position.h"
+
+#include "runtime/core/cache.h"
+#include "runtime/linux/machine_context.h"
+
+namespace os {
+namespace {
+
+// The last place at or in front of `offset`, null if there is none.
+const core::Place* last_place(const core::Cache& cache, const core::Fragment& fragment,
+                              uint32_t offset) {
+  const core::Place* found = nullptr;
+  const uint32_t word = (offset - fragment.begin) / 4;
+  for (unsigned i = 0; i < fragment.place_count; ++i) {
+    const core::Place& place = cache.places[fragment.first_place + i];
+    if (place.code_word > word) {
+      break;
+    }
+    found = &place;
+  }
+  return found;
+}
+
+bool is_at(const core::Fragment& fragment, const core::Place& place, uint32_t offset) {
+  return place.code_word == (offset - fragment.begin) / 4;
+}
+
+uint64_t pc_of(const core::Fragment& fragment, const core::Place& place) {
+  return fragment.tag + place.app_word * uint64_t{4};
+}
+
+// The exit whose branch or whose stub stands at `offset`, null if there is none.
+const core::Exit* exit_at(const core::Cache& cache, const core::Fragment& fragment,
+                          uint32_t offset) {
+  for (unsigned i = 0; i < fragment.exit_count; ++i) {
+    const core::Exit& exit = cache.exits[fragment.first_exit + i];
+    if (exit.kind == core::ExitKind::direct && (exit.site == offset || exit.stub == offset)) {
+      return &exit;
+    }
+  }
+  return nullptr;
+}
+
+void load(core::Context& context, const mcontext_t& machine, uint64_t pc) {
+  const uint64_t stolen = context.x[core::kStolenRegister];
+  load_registers(context, machine);
+  context.x[core::kStolenRegister] = stolen;
+  context.pc = pc;
+}
+
+// In the look-up the target is known, by its address or by its fragment.
+bool load_in_lookup(core::Context& context, const mcontext_t& machine, uint32_t at) {
+  if (at < core::kLookupToBranch) {
+    load(context, machine, machine.regs[0]);
+    context.x[0] = context.exit_x0;
+    context.x[1] = context.exit_x1;
+  } else if (at == core::kLookupToBranch) {
+    const core::Fragment* target = core::fragment_holding(*context.cache, machine.regs[2]);
+    if (target == nullptr) {
+      return false;
+    }
+    load(context, machine, target->tag);
+  } else {
+    return false;
+  }
+  context.x[2] = context.exit_x2;
+  return true;
+}
+
+void restore_scratch(core::Context& context, uint8_t scratch) {
+  if (scratch == core::kNoScratch) {
+    return;
+  }
+  const unsigned first = scratch & (core::kScratchPair - 1);
+  context.x[first] = context.mangle_save;
+  if ((scratch & core::kScratchPair) != 0) {
+    context.x[first + 1] = context.mangle_save2;
+  }
+}
+
+}  // namespace
+
+bool load_exact_state(core::Context& context, const mcontext_t& machine) {
+  const core::Cache& cache = *context.cache;
+  const core::Fragment* fragment = core::fragment_holding(*context.cache, machine.pc);
+  if (fragment == nullptr) {
+    return false;
+  }
+  const auto offset = static_cast<uint32_t>(machine.pc - reinterpret_cast<uint64_t>(cache.base));
+  if (offset == fragment->begin) {
+    // The head has yet to load X2.
+    load(context, machine, fragment->tag);
+    context.x[2] = context.exit_x2;
+    return true;
+  }
+  if (fragment->lookup != 0 && offset >= fragment->lookup) {
+    return load_in_lookup(context, machine, offset - fragment->lookup);
+  }
+  const core::Place* place = last_place(cache, *fragment, offset);
+  if (place != nullptr && is_at(*fragment, *place, offset) && place->scratch == core::kNoScratch) {
+    load(context, machine, pc_of(*fragment, *place));
+    return true;
+  }
+  if (const core::Exit* exit = exit_at(cache, *fragment, offset)) {
+    load(context, machine, exit->target);
+    return true;
+  }
+  return false;
+}
+
+void load_fault_state(core::Context& context, const mcontext_t& machine) {
+  const core::Cache& cache = *context.cache;
+  const core::Fragment* fragment = core::fragment_holding(*context.cache, machine.pc);
+  if (fragment == nullptr) {
+    load(context, machine, context.pc);
+    return;
+  }
+  const auto offset = static_cast<uint32_t>(machine.pc - reinterpret_cast<uint64_t>(cache.base));
+  const core::Place* place = last_place(cache, *fragment, offset);
+  load(context, machine, place != nullptr ? pc_of(*fragment, *place) : fragment->tag);
+  if (place != nullptr && is_at(*fragment, *place, offset)) {
+    restore_scratch(context, place->scratch);
+  }
+}
+
+}  // namespace os
