@@ -73,7 +73,7 @@ static void interrupted(void) {
   const uint32_t expected = stirred();
   const struct sigaction action = {.sa_handler = count};
   sigaction(SIGALRM, &action, NULL);
-  const struct itimerval often = {{0, 500}, {0, 500}}, never = {{0, 0}, {0, 0}};
+  const struct itimerval often = {{0, 2000}, {0, 2000}}, never = {{0, 0}, {0, 0}};
   setitimer(ITIMER_REAL, &often, NULL);
   int wrong = 0;
   while (arrived < ENOUGH_SIGNALS)
