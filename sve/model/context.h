@@ -40,6 +40,4 @@ TAVOK_EXPORT extern CpuContext* ctxt;
 }
 
 // The registers of a structure load or store.
-template <unsigned count> struct VecGroup {
-  VecV vectors[count];
-};
+template <unsigned count> struct VecGroup { VecV vectors[count]; };

@@ -212,11 +212,11 @@ TEST(Bridge, ReducesFloatingPointWithIdentities) {
     uint16_t active;
     uint32_t fpsr, result;
   } const cases[] = {
-      {"VecF32AddReduceFV", 0x0101, 0, 0x00000000},     // (-0 + 0) + (-0 + 0)
+      {"VecF32AddReduceFV", 0x0101, 0, 0x00000000},  // (-0 + 0) + (-0 + 0)
       {"VecF32AddReduceFV", 0x0000, 0, 0x00000000},
       {"VecF16MinReduceFV", 0x0000, 0, 0x7c00},
       {"VecF16MaxReduceFV", 0x0000, 0, 0xfc00},
-      {"VecD64MaxReduceFV", 0x0000, 0, 0},              // the low word of minus infinity
+      {"VecD64MaxReduceFV", 0x0000, 0, 0},  // the low word of minus infinity
   };
   for (const auto& test : cases) {
     cpu_state state = some_state();

@@ -73,7 +73,8 @@ void check_reduction(const std::string& name, uint64_t (*f)(PredV, VecV, CpuCont
   Form form{name, Form::Result::scalar, result_width};
   form.m = {16, 0};
   check(
-      form, no_immediate, [&](const Operands& o, CpuContext* c) { return outcome(f(o.pg, o.n, c)); },
+      form, no_immediate,
+      [&](const Operands& o, CpuContext* c) { return outcome(f(o.pg, o.n, c)); },
       [&](const Execution& run) {
         Wide expected = start;
         for (unsigned e = 0; e < count<E>(run.vl); e++)
@@ -124,8 +125,8 @@ unsigned selected(unsigned pattern, unsigned n) {
 Immediate pattern_and_multiplier(Random& random) {
   constexpr unsigned common[] = {0, 1, 7, 8, 9, 13, 29, 30, 31, 31, 31, 31};
   const uint64_t choice = random() % 16;
-  const auto pattern = static_cast<uint32_t>(choice < std::size(common) ? common[choice]
-                                                                        : random() % 32);
+  const auto pattern =
+      static_cast<uint32_t>(choice < std::size(common) ? common[choice] : random() % 32);
   const auto word = static_cast<uint32_t>(random() % 16) << 16 | pattern << 5;
   return {word, word};
 }
@@ -175,7 +176,8 @@ void check_scalar_pattern(const std::string& name,
   check(
       form, pattern_and_multiplier,
       [&](const Operands& o, CpuContext* c) {
-        return outcome(f(o.xd & fixture::width_mask(sum.bytes), pattern_of(o), multiplier_of(o), c));
+        return outcome(
+            f(o.xd & fixture::width_mask(sum.bytes), pattern_of(o), multiplier_of(o), c));
       },
       [&](const Execution& run) {
         const Wide x = as_number<E>(run.operands.xd, sum.bytes);
@@ -204,8 +206,8 @@ void check_scalar_active(const std::string& name, uint64_t (*f)(PredV, uint64_t,
 }
 
 template <class E>
-void check_vector_pattern(const std::string& name,
-                          VecV (*f)(VecV, uint64_t, uint64_t, CpuContext*), Sum sum) {
+void check_vector_pattern(const std::string& name, VecV (*f)(VecV, uint64_t, uint64_t, CpuContext*),
+                          Sum sum) {
   sum.bytes = sizeof(E);
   Form form{name, Form::Result::vector, sizeof(E)};
   form.n = {5, 0};
@@ -231,7 +233,8 @@ void check_vector_active(const std::string& name, VecV (*f)(PredV, VecV, CpuCont
   form.m = {16, 0};
   form.g = {5, 16};
   check(
-      form, no_immediate, [&](const Operands& o, CpuContext* c) { return outcome(f(o.pg, o.d, c)); },
+      form, no_immediate,
+      [&](const Operands& o, CpuContext* c) { return outcome(f(o.pg, o.d, c)); },
       [&](const Execution& run) {
         for (unsigned e = 0; e < count<E>(run.vl); e++)
           expect_lane<E>(run.result.vector, e,
@@ -251,20 +254,19 @@ void check_vector_active(const std::string& name, VecV (*f)(PredV, VecV, CpuCont
 #define ALL_TYPES (S8, S16, S32, S64, U8, U16, U32, U64)
 #define WIDER_TYPES (S16, S32, S64, U16, U32, U64)
 
-TEST(CountingLanes, ScalarsAndCounts) {
-  COUNT(SCALAR_PATTERN, IncrVLSI, (U8, U16, U32, U64), 8, 1, false)
-  COUNT(SCALAR_PATTERN, DecrVLSI, (U8, U16, U32, U64), 8, -1, false)
-  COUNT(SCALAR_PATTERN, QIncrVL4SI, ALL_TYPES, 4, 1, true)
-  COUNT(SCALAR_PATTERN, QIncrVL8SI, ALL_TYPES, 8, 1, true)
-  COUNT(SCALAR_PATTERN, QDecrVL4SI, ALL_TYPES, 4, -1, true)
-  COUNT(SCALAR_PATTERN, QDecrVL8SI, ALL_TYPES, 8, -1, true)
-  COUNT(SCALAR_ACTIVE, IncrSCountPS, (U8, U16, U32, U64), 8, 1, false)
-  COUNT(SCALAR_ACTIVE, DecrSCountPS, (U8, U16, U32, U64), 8, -1, false)
-  COUNT(SCALAR_ACTIVE, QIncrSCount4PS, ALL_TYPES, 4, 1, true)
-  COUNT(SCALAR_ACTIVE, QIncrSCount8PS, ALL_TYPES, 8, 1, true)
-  COUNT(SCALAR_ACTIVE, QDecrSCount4PS, ALL_TYPES, 4, -1, true)
-  COUNT(SCALAR_ACTIVE, QDecrSCount8PS, ALL_TYPES, 8, -1, true)
-}
+TEST(CountingLanes, ScalarsAndCounts){
+    COUNT(SCALAR_PATTERN, IncrVLSI, (U8, U16, U32, U64), 8, 1,
+          false) COUNT(SCALAR_PATTERN, DecrVLSI, (U8, U16, U32, U64), 8, -1,
+                       false) COUNT(SCALAR_PATTERN, QIncrVL4SI, ALL_TYPES, 4, 1, true)
+        COUNT(SCALAR_PATTERN, QIncrVL8SI, ALL_TYPES, 8, 1, true) COUNT(SCALAR_PATTERN, QDecrVL4SI,
+                                                                       ALL_TYPES, 4, -1, true)
+            COUNT(SCALAR_PATTERN, QDecrVL8SI, ALL_TYPES, 8, -1, true)
+                COUNT(SCALAR_ACTIVE, IncrSCountPS, (U8, U16, U32, U64), 8, 1, false)
+                    COUNT(SCALAR_ACTIVE, DecrSCountPS, (U8, U16, U32, U64), 8, -1, false)
+                        COUNT(SCALAR_ACTIVE, QIncrSCount4PS, ALL_TYPES, 4, 1, true)
+                            COUNT(SCALAR_ACTIVE, QIncrSCount8PS, ALL_TYPES, 8, 1, true)
+                                COUNT(SCALAR_ACTIVE, QDecrSCount4PS, ALL_TYPES, 4, -1, true)
+                                    COUNT(SCALAR_ACTIVE, QDecrSCount8PS, ALL_TYPES, 8, -1, true)}
 
 TEST(CountingLanes, VectorsAndCounts) {
   COUNT(VECTOR_PATTERN, IncrVLVI, (U16, U32, U64), 0, 1, false)

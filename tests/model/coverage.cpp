@@ -13,7 +13,6 @@ public:
   }
 };
 
-[[maybe_unused]] const auto* const coverage =
-    testing::AddGlobalTestEnvironment(new ModelCoverage);
+[[maybe_unused]] const auto* const coverage = testing::AddGlobalTestEnvironment(new ModelCoverage);
 
 }  // namespace

@@ -18,7 +18,8 @@ Form fp_form(const std::string& name, Form::Result result, unsigned width) {
 
 template <class E> double at(const VecV& vector, unsigned e) { return value_of(get<E>(vector, e)); }
 
-template <class E> void expect_value(const Execution& run, unsigned e, bool is_active, double value) {
+template <class E>
+void expect_value(const Execution& run, unsigned e, bool is_active, double value) {
   expect_element(get<E>(run.result.vector, e),
                  is_active ? pattern_of<E>(value) : get<E>(run.operands.d, e), e);
 }
@@ -27,9 +28,7 @@ template <class E> void expect_value(const Execution& run, unsigned e, bool is_a
 // bits 20 and 19, or bit 20. zm then has three bits, or four.
 Immediate index_immediate(Random& random, unsigned choices) {
   const auto i = static_cast<uint32_t>(random() % choices);
-  return {i, choices == 8   ? (i & 3) << 19 | (i >> 2) << 22
-             : choices == 4 ? i << 19
-                            : i << 20};
+  return {i, choices == 8 ? (i & 3) << 19 | (i >> 2) << 22 : choices == 4 ? i << 19 : i << 20};
 }
 
 // ---- Indexed ----
@@ -110,9 +109,9 @@ void check_complex(const char* name, VecV (*f)(VecV, PredV, VecV, VecV, uint64_t
       [&](const Operands& o, CpuContext* c) { return outcome(f(o.d, o.pg, o.n, o.m, o.imm, c)); },
       [&](const Execution& run) {
         for (unsigned e = 0; e < count<E>(run.vl); e++)
-          expect_value<E>(run, e, active<E>(run.operands.pg, e),
-                          complex_part<E>(run.operands, e, e & ~1u,
-                                          static_cast<unsigned>(run.operands.imm)));
+          expect_value<E>(
+              run, e, active<E>(run.operands.pg, e),
+              complex_part<E>(run.operands, e, e & ~1u, static_cast<unsigned>(run.operands.imm)));
       });
 }
 
@@ -250,10 +249,10 @@ void check_tree(const char* name, uint64_t (*f)(PredV, VecV, CpuContext*), doubl
   Form form = fp_form(name, Form::Result::scalar, sizeof(E));
   form.m = {16, 0};
   check(
-      form, no_immediate, [&](const Operands& o, CpuContext* c) { return outcome(f(o.pg, o.n, c)); },
+      form, no_immediate,
+      [&](const Operands& o, CpuContext* c) { return outcome(f(o.pg, o.n, c)); },
       [&](const Execution& run) {
-        const double expected =
-            halves<E>(run.operands, 0, count<E>(run.vl), identity, operation);
+        const double expected = halves<E>(run.operands, 0, count<E>(run.vl), identity, operation);
         expect_element(run.result.scalar, pattern_of<E>(expected), 0);
       });
 }
@@ -335,8 +334,8 @@ template <class From, class To, class E> E integer_to_format(E x) {
 }
 template <class From, class To, class E> E format_to_integer(E x) {
   const double value = std::trunc(value_of(static_cast<From>(x)));
-  constexpr double end = 2.0 * static_cast<double>(To{1} << (8 * sizeof(To) - 2)) *
-                         (std::is_unsigned_v<To> ? 2 : 1);
+  constexpr double end =
+      2.0 * static_cast<double>(To{1} << (8 * sizeof(To) - 2)) * (std::is_unsigned_v<To> ? 2 : 1);
   if (value >= end)
     return static_cast<E>(std::numeric_limits<To>::max());
   if (value < (std::is_unsigned_v<To> ? 0 : -end))

@@ -36,8 +36,8 @@ template <class E> void verify_merging(const Execution& run, Lane* lane, bool pr
     const bool is_active = !predicated || active<E>(o.pg, e);
     any = any || is_active;
     const auto value = [&](const VecV& vector) { return value_of(get<E>(vector, e)); };
-    const E expected = is_active ? pattern_of<E>(lane(value(o.d), value(o.n), value(o.m)))
-                                 : get<E>(o.d, e);
+    const E expected =
+        is_active ? pattern_of<E>(lane(value(o.d), value(o.n), value(o.m))) : get<E>(o.d, e);
     expect_element(get<E>(run.result.vector, e), expected, e);
   }
   expect_flags(run, any);
@@ -66,8 +66,7 @@ void check_plain(const char* name, VecV (*f)(VecV, VecV, CpuContext*), Lane* lan
   Form form = fp_form(name, sizeof(E));
   form.g = {10, 0};
   check(
-      form, no_immediate,
-      [&](const Operands& o, CpuContext* c) { return outcome(f(o.n, o.m, c)); },
+      form, no_immediate, [&](const Operands& o, CpuContext* c) { return outcome(f(o.n, o.m, c)); },
       [&](const Execution& run) { verify_merging<E>(run, lane, false); });
 }
 
@@ -231,8 +230,8 @@ void check_two_patterns(const char* name, VecV (*f)(VecV, VecV, CpuContext*), Pa
   Form form = fp_form(name, sizeof(E));
   form.g = {10, 0};
   check_patterns<E>(
-      form, no_immediate,
-      [&](const Operands& o, CpuContext* c) { return outcome(f(o.n, o.m, c)); }, false, lane);
+      form, no_immediate, [&](const Operands& o, CpuContext* c) { return outcome(f(o.n, o.m, c)); },
+      false, lane);
 }
 template <class E>
 void check_one_pattern(const char* name, VecV (*f)(VecV, CpuContext*), PatternLane<E> lane) {
@@ -243,8 +242,7 @@ void check_one_pattern(const char* name, VecV (*f)(VecV, CpuContext*), PatternLa
       form, no_immediate, [&](const Operands& o, CpuContext* c) { return outcome(f(o.n, c)); },
       false, lane);
 }
-template <class E>
-void check_term(const char* name, VecV (*f)(VecV, VecV, uint64_t, CpuContext*)) {
+template <class E> void check_term(const char* name, VecV (*f)(VecV, VecV, uint64_t, CpuContext*)) {
   Form form = fp_form(name, sizeof(E));
   form.g = {10, 0};
   form.m = {16, 0};

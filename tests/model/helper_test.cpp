@@ -69,11 +69,13 @@ struct Saturation {
   int saturated;
 };
 const Saturation saturations[] = {
-    {-1, 8, 0, 0xff, 0},      {-129, 8, 0, 0x80, 1},           {128, 8, 0, 0x7f, 1},
-    {127, 8, 0, 0x7f, 0},     {-128, 8, 0, 0x80, 0},           {-1, 8, 1, 0, 1},
-    {256, 8, 1, 0xff, 1},     {255, 8, 1, 0xff, 0},            {two_64, 64, 1, all_ones, 1},
-    {two_64 - 1, 64, 1, all_ones, 0}, {-two_64, 64, 0, sign_64, 1}, {two_64, 64, 0, sign_64 - 1, 1},
-    {-1, 64, 0, all_ones, 0}, {two_64 << 60, 32, 1, 0xffffffff, 1},
+    {-1, 8, 0, 0xff, 0},          {-129, 8, 0, 0x80, 1},
+    {128, 8, 0, 0x7f, 1},         {127, 8, 0, 0x7f, 0},
+    {-128, 8, 0, 0x80, 0},        {-1, 8, 1, 0, 1},
+    {256, 8, 1, 0xff, 1},         {255, 8, 1, 0xff, 0},
+    {two_64, 64, 1, all_ones, 1}, {two_64 - 1, 64, 1, all_ones, 0},
+    {-two_64, 64, 0, sign_64, 1}, {two_64, 64, 0, sign_64 - 1, 1},
+    {-1, 64, 0, all_ones, 0},     {two_64 << 60, 32, 1, 0xffffffff, 1},
 };
 
 TEST(Saturation, ClampsAndCuts) {
@@ -155,13 +157,13 @@ struct FlagCase {
   uint32_t flags;
 };
 const FlagCase flag_cases[] = {
-    {0, 0xffff, 8, z | c},         // nothing active
-    {0xffff, 0, 8, z | c},         // nothing true
-    {0x0008, 0x0008, 8, n},        // the only active element is true
-    {0x0018, 0x0010, 8, 0},        // first false, last true
-    {0x0018, 0x0008, 8, n | c},    // first true, last false
-    {0x0002, 0xffff, 32, z | c},   // a bit inside of an element governs nothing
-    {0x0001, 0x0002, 16, 0},       // a set bit of the group counts for Z and C, but not for N
+    {0, 0xffff, 8, z | c},        // nothing active
+    {0xffff, 0, 8, z | c},        // nothing true
+    {0x0008, 0x0008, 8, n},       // the only active element is true
+    {0x0018, 0x0010, 8, 0},       // first false, last true
+    {0x0018, 0x0008, 8, n | c},   // first true, last false
+    {0x0002, 0xffff, 32, z | c},  // a bit inside of an element governs nothing
+    {0x0001, 0x0002, 16, 0},      // a set bit of the group counts for Z and C, but not for N
     {0x1111, 0x1110, 32, 0},
 };
 
@@ -205,8 +207,8 @@ TEST(PredicateHelpers, CountPatterns) {
   struct {
     uint64_t pattern;
     uint32_t of_16, of_8, of_4, of_2;
-  } const patterns[] = {{0, 16, 8, 4, 2},  {1, 1, 1, 1, 1},   {3, 3, 3, 3, 0},  {8, 8, 8, 0, 0},
-                        {9, 16, 0, 0, 0},  {10, 0, 0, 0, 0},  {14, 0, 0, 0, 0}, {28, 0, 0, 0, 0},
+  } const patterns[] = {{0, 16, 8, 4, 2},  {1, 1, 1, 1, 1},   {3, 3, 3, 3, 0},   {8, 8, 8, 0, 0},
+                        {9, 16, 0, 0, 0},  {10, 0, 0, 0, 0},  {14, 0, 0, 0, 0},  {28, 0, 0, 0, 0},
                         {29, 16, 8, 4, 0}, {30, 15, 6, 3, 0}, {31, 16, 8, 4, 2}, {32, 0, 0, 0, 0}};
   for (const auto& p : patterns) {
     EXPECT_EQ(VecTrueILength(p.pattern, 16), p.of_16) << p.pattern;

@@ -15,9 +15,9 @@ using namespace lanes;
 #define MERGING_CHECK(type, operation, ...)                                                        \
   check_merging<element::type>("Vec" #type #operation, Vec##type##operation, LANE(__VA_ARGS__));
 #define LANE(...)                                                                                  \
-  +[]([[maybe_unused]] Wide a, [[maybe_unused]] Wide b, [[maybe_unused]] Wide ua,                   \
-     [[maybe_unused]] Wide ub, [[maybe_unused]] int esize, [[maybe_unused]] Wide low,              \
-     [[maybe_unused]] Wide high) -> Wide { return __VA_ARGS__; }
+  +[]([[maybe_unused]] Wide a, [[maybe_unused]] Wide b, [[maybe_unused]] Wide ua,                  \
+      [[maybe_unused]] Wide ub, [[maybe_unused]] int esize, [[maybe_unused]] Wide low,             \
+      [[maybe_unused]] Wide high) -> Wide { return __VA_ARGS__; }
 
 using Lane = Wide(Wide a, Wide b, Wide ua, Wide ub, int esize, Wide low, Wide high);
 
@@ -70,8 +70,7 @@ template <class E> void check_plain(const char* name, Binary* f, Lane* lane) {
   Form form{name, Form::Result::vector, sizeof(E)};
   form.g = {10, 0};
   check(
-      form, no_immediate,
-      [&](const Operands& o, CpuContext* c) { return outcome(f(o.n, o.m, c)); },
+      form, no_immediate, [&](const Operands& o, CpuContext* c) { return outcome(f(o.n, o.m, c)); },
       [&](const Execution& run) {
         const Operands& o = run.operands;
         for (unsigned e = 0; e < count<E>(run.vl); e++)
@@ -83,8 +82,7 @@ template <class E> void check_plain_wide(const char* name, Binary* f, Lane* lane
   Form form{name, Form::Result::vector, sizeof(E)};
   form.g = {10, 0};
   check(
-      form, no_immediate,
-      [&](const Operands& o, CpuContext* c) { return outcome(f(o.n, o.m, c)); },
+      form, no_immediate, [&](const Operands& o, CpuContext* c) { return outcome(f(o.n, o.m, c)); },
       [&](const Execution& run) {
         const Operands& o = run.operands;
         for (unsigned e = 0; e < count<E>(run.vl); e++) {
@@ -94,15 +92,17 @@ template <class E> void check_plain_wide(const char* name, Binary* f, Lane* lane
       });
 }
 
-// An immediate b. SHIFTED: eight bits, shifted left by 8 if bit 13 is set; EIGHT: eight bits, of the
-// type's sign; RIGHT: the count of a right shift at bit 5 or 16.
+// An immediate b. SHIFTED: eight bits, shifted left by 8 if bit 13 is set; EIGHT: eight bits, of
+// the type's sign; RIGHT: the count of a right shift at bit 5 or 16.
 template <class E> Immediate shifted(Random& random) {
-  const auto field = static_cast<uint32_t>(random() % 256), by = static_cast<uint32_t>(random() % 2);
+  const auto field = static_cast<uint32_t>(random() % 256),
+             by = static_cast<uint32_t>(random() % 2);
   return {uint64_t{field} << 8 * by, field << 5 | by << 13};
 }
 template <class E> Immediate eight(Random& random) {
   const auto field = static_cast<uint32_t>(random() % 256);
-  const auto value = std::is_signed_v<E> ? static_cast<uint64_t>(static_cast<int8_t>(field)) : field;
+  const auto value =
+      std::is_signed_v<E> ? static_cast<uint64_t>(static_cast<int8_t>(field)) : field;
   return {value, field << 5};
 }
 template <class E, unsigned low> Immediate right(Random& random) {
@@ -125,7 +125,9 @@ void check_immediate(const char* name, WithImmediate* f, Immediate (*make)(Rando
   const bool destructive = source.count == 0;
   check(
       form, make,
-      [&](const Operands& o, CpuContext* c) { return outcome(f(destructive ? o.d : o.n, o.imm, c)); },
+      [&](const Operands& o, CpuContext* c) {
+        return outcome(f(destructive ? o.d : o.n, o.imm, c));
+      },
       [&](const Execution& run) {
         const Operands& o = run.operands;
         for (unsigned e = 0; e < count<E>(run.vl); e++) {
@@ -140,8 +142,7 @@ void check_immediate(const char* name, WithImmediate* f, Immediate (*make)(Rando
 
 using MergingImmediate = VecV(VecV, PredV, uint64_t, CpuContext*);
 
-template <class E>
-void check_shift_immediate(const char* name, MergingImmediate* f, Lane* lane) {
+template <class E> void check_shift_immediate(const char* name, MergingImmediate* f, Lane* lane) {
   Form form{name, Form::Result::vector, sizeof(E)};
   form.n = {5, 0};
   form.m = {16, 0};
@@ -158,9 +159,11 @@ void check_shift_immediate(const char* name, MergingImmediate* f, Lane* lane) {
       });
 }
 
-#define MERGING_WIDE(operation, types, ...) SVE_EACH(MERGING_WIDE_CHECK, operation, types, __VA_ARGS__)
+#define MERGING_WIDE(operation, types, ...)                                                        \
+  SVE_EACH(MERGING_WIDE_CHECK, operation, types, __VA_ARGS__)
 #define MERGING_WIDE_CHECK(type, operation, ...)                                                   \
-  check_merging_wide<element::type>("Vec" #type #operation, Vec##type##operation, LANE(__VA_ARGS__));
+  check_merging_wide<element::type>("Vec" #type #operation, Vec##type##operation,                  \
+                                    LANE(__VA_ARGS__));
 #define PLAIN(operation, types, ...) SVE_EACH(PLAIN_CHECK, operation, types, __VA_ARGS__)
 #define PLAIN_CHECK(type, operation, ...)                                                          \
   check_plain<element::type>("Vec" #type #operation, Vec##type##operation, LANE(__VA_ARGS__));
@@ -170,13 +173,14 @@ void check_shift_immediate(const char* name, MergingImmediate* f, Lane* lane) {
 #define IMMEDIATE(operation, types, make, ...)                                                     \
   SVE_EACH(IMMEDIATE_CHECK, operation, types, make, __VA_ARGS__)
 #define IMMEDIATE_CHECK(type, operation, make, ...)                                                \
-  check_immediate<element::type>("Vec" #type #operation, Vec##type##operation, make<element::type>, \
-                                 {5, 0}, LANE(__VA_ARGS__));
+  check_immediate<element::type>("Vec" #type #operation, Vec##type##operation,                     \
+                                 make<element::type>, {5, 0}, LANE(__VA_ARGS__));
 #define SHIFT(operation, types, ...) SVE_EACH(SHIFT_CHECK, operation, types, __VA_ARGS__)
 #define SHIFT_CHECK(type, operation, ...)                                                          \
   check_shift_immediate<element::type>("Vec" #type #operation, Vec##type##operation,               \
                                        LANE(__VA_ARGS__));
-#define SHIFT_PLAIN(operation, types, ...) SVE_EACH(SHIFT_PLAIN_CHECK, operation, types, __VA_ARGS__)
+#define SHIFT_PLAIN(operation, types, ...)                                                         \
+  SVE_EACH(SHIFT_PLAIN_CHECK, operation, types, __VA_ARGS__)
 #define SHIFT_PLAIN_CHECK(type, operation, ...)                                                    \
   check_immediate<element::type>("Vec" #type #operation, Vec##type##operation,                     \
                                  right<element::type, 16>, {5, 32}, LANE(__VA_ARGS__));

@@ -20,8 +20,8 @@ uint64_t moderate_fp(Random& random, unsigned width) {
 void fill(Random& random, uint8_t* bytes, size_t size, const Form& form) {
   const unsigned width = form.width;
   for (size_t i = 0; i < size; i += width) {
-    const uint64_t value = form.moderate ? moderate_fp(random, width)
-                                         : fixture::interesting_value(random, width);
+    const uint64_t value =
+        form.moderate ? moderate_fp(random, width) : fixture::interesting_value(random, width);
     memcpy(bytes + i, &value, width);
   }
 }
@@ -53,10 +53,18 @@ uint64_t general(const cpu_state& state, unsigned i) { return i == 31 ? 0 : stat
 }  // namespace
 
 Operands random_operands(Random& random, const Form& form, Immediate immediate) {
-  return {random_vector(random, form), random_vector(random, form), random_vector(random, form),
-          random_predicate(random),    random_predicate(random),    random_predicate(random),
-          random_predicate(random),    random_scalar(random),       random_scalar(random),
-          random_scalar(random),       immediate.value,             immediate.word};
+  return {random_vector(random, form),
+          random_vector(random, form),
+          random_vector(random, form),
+          random_predicate(random),
+          random_predicate(random),
+          random_predicate(random),
+          random_predicate(random),
+          random_scalar(random),
+          random_scalar(random),
+          random_scalar(random),
+          immediate.value,
+          immediate.word};
 }
 
 CpuContext random_context(Random& random, unsigned vl) {
@@ -105,15 +113,14 @@ RowCase random_row_case(Random& random, const Form& form, const Row& row, Immedi
     const unsigned registers = predicate ? std::min(field.count, p_registers) : field.count;
     return registers == 0 ? 0 : static_cast<unsigned>(random() % registers);
   };
-  const unsigned d =
-      form.result == Form::Result::none
-          ? 0
-          : number({0, z_registers}, form.result == Form::Result::predicate);
+  const unsigned d = form.result == Form::Result::none
+                         ? 0
+                         : number({0, z_registers}, form.result == Form::Result::predicate);
   const unsigned nn = number(form.n, form.predicates), mm = number(form.m, form.predicates),
                  gg = number(form.g, true);
   chosen.d = d;
-  chosen.word = row.value | d | nn << form.n.low | mm << form.m.low | gg << form.g.low |
-                immediate.word;
+  chosen.word =
+      row.value | d | nn << form.n.low | mm << form.m.low | gg << form.g.low | immediate.word;
   chosen.operands = {vector_of(state.z[d]),
                      vector_of(state.z[nn]),
                      vector_of(state.z[mm]),
@@ -206,11 +213,10 @@ void check_row(const Form& form, Random& random, const Row& row, const MakeImmed
   if (form.result == Form::Result::general && chosen.d == 31)
     return;  // dropped, which run_row has seen to
   const testing::ScopedTrace word(__FILE__, __LINE__, fixture::hex(chosen.word));
-  const Outcome result = {vector_of(state.z[chosen.d]),
-                          predicate_of(state.p[chosen.d % p_registers]),
-                          form.result == Form::Result::general
-                              ? state.x[chosen.d]
-                              : fixture::lane(state.z[chosen.d], 8, 0)};
+  const Outcome result = {
+      vector_of(state.z[chosen.d]), predicate_of(state.p[chosen.d % p_registers]),
+      form.result == Form::Result::general ? state.x[chosen.d]
+                                           : fixture::lane(state.z[chosen.d], 8, 0)};
   verify({chosen.operands, result, context_of(chosen.before), context_of(state), 2});
 }
 

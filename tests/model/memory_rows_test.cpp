@@ -25,9 +25,8 @@ using lanes::Wide;
 // Memory below 4 GiB.
 template <class T> T* map_low(size_t bytes) {
   constexpr uintptr_t low_address = 0x20000000;
-  void* const memory =
-      mmap(reinterpret_cast<void*>(low_address), bytes, PROT_READ | PROT_WRITE,
-           MAP_PRIVATE | MAP_ANONYMOUS | MAP_FIXED_NOREPLACE, -1, 0);
+  void* const memory = mmap(reinterpret_cast<void*>(low_address), bytes, PROT_READ | PROT_WRITE,
+                            MAP_PRIVATE | MAP_ANONYMOUS | MAP_FIXED_NOREPLACE, -1, 0);
   if (memory == MAP_FAILED)
     throw std::runtime_error("no memory below 4 GiB");
   return static_cast<T*>(memory);
@@ -69,7 +68,9 @@ uint64_t address_of(const Shape& shape, const cpu_state& state, uint32_t word, u
            e * shape.msize;
   if (form == "SI")
     return base + (static_cast<uint64_t>(static_cast<int32_t>(word << 12) >> 28) *
-                       (vector_bytes / shape.width) + e) * shape.msize;
+                       (vector_bytes / shape.width) +
+                   e) *
+                      shape.msize;
   if (form == "QSS" || form == "LSS")
     return base + index * shape.msize + e * shape.msize;
   if (form == "VI")

@@ -220,8 +220,7 @@ void check_permute(const std::string& name, VecV (*f)(VecV, VecV, CpuContext*), 
   Form form{name, Form::Result::vector, sizeof(E)};
   form.g = {10, 0};
   check(
-      form, no_immediate,
-      [&](const Operands& o, CpuContext* c) { return outcome(f(o.n, o.m, c)); },
+      form, no_immediate, [&](const Operands& o, CpuContext* c) { return outcome(f(o.n, o.m, c)); },
       [&](const Execution& run) {
         for (unsigned e = 0; e < count<E>(run.vl); e++) {
           const Choice from = permute(e, count<E>(run.vl));

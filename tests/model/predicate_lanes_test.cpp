@@ -82,9 +82,8 @@ void check_break(const std::string& name, PredV (*f)(PredV, PredV, CpuContext*),
       [&](const Execution& run) {
         const Operands& o = run.operands;
         const int at = first_set(o.pg, o.pn, run.vl);
-        expect_bits(form, run, o.pg, [&](unsigned i) {
-          return bit(o.pg, i) && static_cast<int>(i) < at + behind;
-        });
+        expect_bits(form, run, o.pg,
+                    [&](unsigned i) { return bit(o.pg, i) && static_cast<int>(i) < at + behind; });
       });
 }
 
@@ -126,9 +125,8 @@ TEST(PredicateLanes, FirstActive) {
       [&](const Execution& run) {
         const Operands& o = run.operands;
         const int at = first_set(o.pg, o.pg, run.vl);
-        expect_bits(form, run, o.pg, [&](unsigned i) {
-          return bit(o.pd, i) || static_cast<int>(i) == at;
-        });
+        expect_bits(form, run, o.pg,
+                    [&](unsigned i) { return bit(o.pd, i) || static_cast<int>(i) == at; });
       });
 }
 
@@ -141,9 +139,8 @@ TEST(PredicateLanes, FirstFaultRegister) {
       form, no_immediate,
       [&](const Operands& o, CpuContext* c) { return outcome(VecPActualFlgP(o.pg, c)); },
       [&](const Execution& run) {
-        expect_bits(form, run, run.operands.pg, [&](unsigned i) {
-          return bit(run.operands.pg, i) && bit(run.before.ffr, i);
-        });
+        expect_bits(form, run, run.operands.pg,
+                    [&](unsigned i) { return bit(run.operands.pg, i) && bit(run.before.ffr, i); });
       });
 }
 
@@ -164,8 +161,7 @@ template <class E> void check_pattern(const std::string& name, PredV (*f)(uint64
         const uint64_t pattern = run.operands.imm;
         const unsigned number = pattern <= std::size(numbers) ? numbers[pattern - 1] : 0;
         const unsigned n = number <= count<E>(run.vl) ? number : 0;
-        expect_bits(form, run, run.result.predicate,
-                    [&](unsigned i) { return i / sizeof(E) < n; });
+        expect_bits(form, run, run.result.predicate, [&](unsigned i) { return i / sizeof(E) < n; });
       });
 }
 
@@ -280,8 +276,7 @@ void check_compare_immediate(const std::string& name,
       [&](const Execution& run) {
         const Operands& o = run.operands;
         expect_bits(form, run, o.pg, [&](unsigned i) {
-          return bit(o.pg, i) &&
-                 relation(get<E>(o.n, i / sizeof(E)), static_cast<int64_t>(o.imm));
+          return bit(o.pg, i) && relation(get<E>(o.n, i / sizeof(E)), static_cast<int64_t>(o.imm));
         });
       });
 }
