@@ -36,6 +36,7 @@ def compare_record(number, queries):
         wanted = printed("%d.%d" % (number, queries.index(query))).replace("\0", "")
         expect("sve " + query, shown("sve " + query), wanted)
         expect("sve --at", shown('sve --at state "%s"' % query), wanted)
+    expect("$sve_record", int(gdb.convenience_variable("sve_record")), address)
     wanted = printed("%d.%d" % (number, queries.index("z0.s.u")))
     expect("quoted", shown('sve "z0.s.u"'), wanted)
     expect("a structure", shown("sve --at *state z0.s.u"), wanted)
@@ -51,8 +52,8 @@ def fails(command):
 
 
 def compare():
-    expect("without a process",
-           "there is no process" in fails("sve") if gdb.selected_thread() is None else True, True)
+    if gdb.selected_thread() is None:
+        expect("without a process", fails("sve"), "there is no process")
     with open(os.path.join(scratch, "queries"), encoding="utf-8") as file:  # noqa: F821
         queries = file.read().split("\n")[:-1]
     gdb.execute("set breakpoint pending on")

@@ -3,6 +3,9 @@
 #include <pthread.h>
 #include <stdatomic.h>
 
+// Names that tavok has, too.
+long exe = 1, icounts = 2, sve_threads = 3, __start_sve_rows = 4;
+
 static atomic_int ready;
 static atomic_int over;
 

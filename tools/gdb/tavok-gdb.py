@@ -189,6 +189,7 @@ def find_record():
     if record is None:
         raise gdb.GdbError("no record found for this thread: it has not begun, or the record is "
                            "the program's own; then say sve --at <expression>")
+    gdb.set_convenience_variable("sve_record", record)
     return record
 
 
@@ -427,6 +428,8 @@ sve stats [FILE]         how often each place was emulated; to a file for tavok-
 sve start                go on until the application is loaded
 sve app [FILE]           load the application's symbols at their place
 sve break LOCATION       stop in front of the first emulated instruction from there on
+
+The record's address is in $sve_record afterwards.
 
 Queries: z0  z0[1].d.f  [4].h.s  p..x  .d.f  ip  cc  help.
 Z registers, ip and cc are as the last emulated instruction left them, predicates always current."""
