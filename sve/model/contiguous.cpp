@@ -35,7 +35,7 @@ template <class E> VecV load_segment(const PredV& pg, uint64_t address, CpuConte
     set<E>(result, e,
            active<E>(pg, e) ? read_element<E, sizeof(E)>(address + e * sizeof(E), context) : E{0});
   for (unsigned s = 1; s < segments(context); s++)
-    memcpy(result.bytes + s * segment_bytes, result.bytes, segment_bytes);
+    memcpy(result.bytes + size_t{s} * segment_bytes, result.bytes, segment_bytes);
   return result;
 }
 

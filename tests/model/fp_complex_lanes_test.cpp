@@ -231,15 +231,20 @@ TEST(FloatingPointLanes, Compares) {
   SVE_EACH(COMPARE_ZERO, CmpLTV0Z, (F16, F32, D64), a < b)
 }
 
-// ---- Reductions: the halves of the vector first ----
+// ---- Reductions: the halves of the vector first, which behind its end is identities ----
+
+struct Reduction {
+  double identity;
+  double (*operation)(double, double);
+};
 
 template <class E>
-double halves(const Operands& o, unsigned low, unsigned n, double identity,
-              double (*operation)(double, double)) {
-  if (n == 1)
-    return active<E>(o.pg, low) ? at<E>(o.n, low) : identity;
-  const double result = operation(halves<E>(o, low, n / 2, identity, operation),
-                                  halves<E>(o, low + n / 2, n / 2, identity, operation));
+double halves(const Execution& run, unsigned low, unsigned width, const Reduction& reduction) {
+  const Operands& o = run.operands;
+  if (width == 1)
+    return low < count<E>(run.vl) && active<E>(o.pg, low) ? at<E>(o.n, low) : reduction.identity;
+  const double result = reduction.operation(halves<E>(run, low, width / 2, reduction),
+                                            halves<E>(run, low + width / 2, width / 2, reduction));
   return value_of(pattern_of<E>(result));
 }
 
@@ -252,7 +257,8 @@ void check_tree(const char* name, uint64_t (*f)(PredV, VecV, CpuContext*), doubl
       form, no_immediate,
       [&](const Operands& o, CpuContext* c) { return outcome(f(o.pg, o.n, c)); },
       [&](const Execution& run) {
-        const double expected = halves<E>(run.operands, 0, count<E>(run.vl), identity, operation);
+        const double expected =
+            halves<E>(run, 0, std::bit_ceil(count<E>(run.vl)), {identity, operation});
         expect_element(run.result.scalar, pattern_of<E>(expected), 0);
       });
 }

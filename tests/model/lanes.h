@@ -17,7 +17,7 @@ namespace lanes {
 using fixture::Random;
 __extension__ typedef __int128 Wide;  // an element as an exact integer
 
-inline constexpr unsigned lengths[] = {2, 4, 8, 32};
+inline constexpr unsigned lengths[] = {2, 4, 6, 8, 32};  // of which 6 is no power of two
 
 // Where a register number stands in the word, and of how many registers.
 struct Field {
