@@ -79,6 +79,14 @@ void emit_block(Emitter& emitter, const instrlist_t& list, uint64_t behind) {
   }
 }
 
+bool has_calls(const instrlist_t& list) {
+  const instr_t* instr = list.first;
+  while (instr != nullptr && instr->kind != ir::kind::call) {
+    instr = instr->next;
+  }
+  return instr != nullptr;
+}
+
 // Gives a fragment that was emitted but does not fit its bookkeeping back.
 void forget(Cache& cache, const Fragment& fragment) {
   cache.exits.resize(fragment.first_exit);
@@ -125,7 +133,7 @@ Fragment* build_fragment(Context& context) {
       flush_cache(cache);
       context.last_exit = EXIT_NONE;
     }
-    Emitter emitter(cache, context.pc);
+    Emitter emitter(cache, context.pc, has_calls(list));
     emit_block(emitter, list, behind);
     if (emitter.words.size() * 4 > kMaxFragmentBytes) {
       fatal("a block grew too large");

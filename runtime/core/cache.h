@@ -22,6 +22,7 @@ enum class ExitKind : uint8_t { direct, system_call, code_changed };
 struct Exit {
   uint64_t target;  // application address behind the exit
   uint32_t site;    // offset of the branch to patch, 0 if the exit is never linked
+  uint32_t check;   // where the look at Context::pending begins, just in front of the site; 0: none
   uint32_t stub;    // offset of the stub
   ExitKind kind;
   bool linked;
@@ -55,6 +56,7 @@ struct Fragment {
   uint32_t first_exit, first_place, first_call;
   uint32_t lookup;  // where the inline look-up has X0 = target and saved X0 to X2; 0: there is none
   uint16_t exit_count, place_count, call_count;
+  bool checks;  // the exits look at Context::pending, so that nobody need unlink them
 };
 
 struct Cache {

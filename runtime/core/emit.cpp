@@ -167,15 +167,43 @@ void emit_straight(Emitter& to, uint32_t word, uint64_t pc) {
 // An exit that is not written yet: its site waits for the stub.
 uint32_t add_exit(Emitter& to, uint64_t target, ExitKind kind) {
   const auto number = static_cast<uint32_t>(to.cache.exits.size());
-  to.cache.exits.push_back({target, 0, 0, kind, false});
+  to.cache.exits.push_back({target, 0, 0, 0, kind, false});
   return number;
+}
+
+// A signal that arrives during a call would have to patch the fragment's exits at a cost. Beside a
+// call it costs next to nothing that the exits look for themselves:
+//
+//          STR X0, its slot;  LDR X0, pending
+//          CBNZ X0, slow;  LDR X0, its slot
+//   site:  B stub, or the body of the target
+//   slow:  LDR X0, its slot;  B stub
+void emit_check(Emitter& to) {
+  store_field(to, 0, CTX_EXIT_X0);
+  load_field(to, 0, CTX_PENDING);
+  to.emit(enc::cbnz_x(0, 12));
+  load_field(to, 0, CTX_EXIT_X0);
 }
 
 uint32_t emit_site(Emitter& to, uint64_t target) {
   const uint32_t number = add_exit(to, target, ExitKind::direct);
-  to.cache.exits[number].site = to.offset();
+  Exit& exit = to.cache.exits[number];
+  if (to.fragment.checks) {
+    exit.check = to.offset();
+    emit_check(to);
+  }
+  exit.site = to.offset();
   to.emit(0);
+  if (to.fragment.checks) {
+    load_field(to, 0, CTX_EXIT_X0);
+    to.emit(0);
+  }
   return number;
+}
+
+// Lets the branch at `from` go to the stub.
+void point_at_stub(Emitter& to, uint32_t from, uint32_t stub) {
+  to.words[(from - to.fragment.begin) / 4] = enc::b(int64_t{stub} - int64_t{from});
 }
 
 //   STP X0, X1, exit slots;  X0 = number;  B leave
@@ -183,7 +211,10 @@ void emit_stub(Emitter& to, uint32_t number) {
   Exit& exit = to.cache.exits[number];
   exit.stub = to.offset();
   if (exit.site != 0) {
-    to.words[(exit.site - to.fragment.begin) / 4] = enc::b(int64_t{exit.stub} - int64_t{exit.site});
+    point_at_stub(to, exit.site, exit.stub);
+  }
+  if (exit.check != 0) {
+    point_at_stub(to, exit.site + 8, exit.stub);
   }
   to.emit(enc::stp_x(0, 1, kStolenRegister, CTX_EXIT_X0));
   emit_constant(to, 0, number);
@@ -206,12 +237,14 @@ void emit_conditional(Emitter& to, uint32_t word, uint64_t pc) {
     mark(to, pc);
   }
   // Inverted: it skips the taken half.
-  const int64_t skip = stolen ? 12 : 8;
-  to.emit(ir::inverted_branch(branch, skip));
+  const uint32_t skip = to.offset();
+  to.emit(0);
   if (stolen) {
     load_field(to, scratch, CTX_MANGLE_SAVE);
   }
   const uint32_t taken = emit_site(to, pc + static_cast<uint64_t>(ir::branch_offset(word)));
+  to.words[(skip - to.fragment.begin) / 4] =
+      ir::inverted_branch(branch, int64_t{to.offset()} - int64_t{skip});
   if (stolen) {
     load_field(to, scratch, CTX_MANGLE_SAVE);
   }
@@ -357,10 +390,11 @@ uint64_t application_ctr() {
   return value & ~kDic;
 }
 
-Emitter::Emitter(Cache& to, uint64_t tag) : cache(to), words(to.words), fragment{} {
+Emitter::Emitter(Cache& to, uint64_t tag, bool calls) : cache(to), words(to.words), fragment{} {
   words.clear();
   fragment.tag = tag;
   fragment.begin = to.cursor;
+  fragment.checks = calls;
   fragment.first_exit = static_cast<uint32_t>(to.exits.size());
   fragment.first_place = static_cast<uint32_t>(to.places.size());
   fragment.first_call = static_cast<uint32_t>(to.calls.size());

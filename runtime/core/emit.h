@@ -16,7 +16,8 @@ struct Emitter {
   Fragment fragment;
   bool marking = false;  // the words of an instruction of the application follow
 
-  Emitter(Cache& to, uint64_t tag);
+  // `calls`: whether clean calls are among the instructions.
+  Emitter(Cache& to, uint64_t tag, bool calls);
   uint32_t offset() const { return fragment.begin + static_cast<uint32_t>(words.size()) * 4; }
   void emit(uint32_t word) { words.push_back(word); }
 };

@@ -38,9 +38,10 @@ bool is_between(uint64_t pc, const char* begin, const char* end) {
 
 // ---- asynchronous signals -----------------------------------------------------------------------
 
-// The fragment that runs ends in the dispatcher.
+// The fragment that runs ends in the dispatcher, by itself or because its exits are unlinked.
 void leave_at_end(core::Context& context, uint64_t code) {
-  if (core::Fragment* fragment = core::fragment_holding(*context.cache, code)) {
+  const core::Fragment* fragment = core::fragment_holding(*context.cache, code);
+  if (fragment != nullptr && !fragment->checks) {
     core::unlink_exits(*context.cache, *fragment);
   }
   context.lookup_table = core::empty_lookup_table();

@@ -29,12 +29,15 @@ uint64_t pc_of(const core::Fragment& fragment, const core::Place& place) {
   return fragment.tag + place.app_word * uint64_t{4};
 }
 
-// The exit whose branch or whose stub stands at `offset`, null if there is none.
+// The exit that the thread is about to take at `offset`, null if there is none: at its branch, its
+// stub, or from its look at Context::pending on.
 const core::Exit* exit_at(const core::Cache& cache, const core::Fragment& fragment,
                           uint32_t offset) {
   for (unsigned i = 0; i < fragment.exit_count; ++i) {
     const core::Exit& exit = cache.exits[fragment.first_exit + i];
-    if (exit.kind == core::ExitKind::direct && (exit.site == offset || exit.stub == offset)) {
+    const uint32_t begin = exit.check != 0 ? exit.check : exit.site;
+    if (exit.kind == core::ExitKind::direct &&
+        ((offset >= begin && offset <= exit.site) || exit.stub == offset)) {
       return &exit;
     }
   }
@@ -103,6 +106,9 @@ bool load_exact_state(core::Context& context, const mcontext_t& machine) {
   }
   if (const core::Exit* exit = exit_at(cache, *fragment, offset)) {
     load(context, machine, exit->target);
+    if (exit->check != 0 && offset > exit->check && offset < exit->site) {
+      context.x[0] = context.exit_x0;
+    }
     return true;
   }
   return false;
