@@ -99,7 +99,10 @@ bool load_exact_state(core::Context& context, const mcontext_t& machine) {
   if (fragment->lookup != 0 && offset >= fragment->lookup) {
     return load_in_lookup(context, machine, offset - fragment->lookup);
   }
-  const core::Place* place = last_place(cache, *fragment, offset);
+  // Among calls, what the registers hold between two instructions is the optimising pass's affair:
+  // it promises them at instructions that may fault and at the end. The exits look out by
+  // themselves.
+  const core::Place* place = fragment->checks ? nullptr : last_place(cache, *fragment, offset);
   if (place != nullptr && is_at(*fragment, *place, offset) && place->scratch == core::kNoScratch) {
     load(context, machine, pc_of(*fragment, *place));
     return true;
