@@ -172,7 +172,7 @@ void add_fragment(Cache& cache, const Fragment& fragment) {
 void link_exit(Cache& cache, Exit& exit, const Fragment& target) {
   if (exit.site != 0 && !exit.linked) {
     exit.linked = true;
-    patch(cache, exit.site, target.begin + 4);
+    patch(cache, exit.site, target.begin + kHeadSize);
   }
 }
 

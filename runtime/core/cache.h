@@ -39,6 +39,8 @@ struct Place {
 inline constexpr uint8_t kNoScratch = 31;
 inline constexpr uint8_t kScratchPair = 32;
 
+// The head that links go past.
+inline constexpr uint32_t kHeadSize = 4;
 // From Fragment::lookup to the look-up's BR, where X0 and X1 are the application's again.
 inline constexpr uint32_t kLookupToBranch = 7 * 4;
 

@@ -201,9 +201,17 @@ uint32_t emit_site(Emitter& to, uint64_t target) {
   return number;
 }
 
-// Lets the branch at `from` go to the stub.
-void point_at_stub(Emitter& to, uint32_t from, uint32_t stub) {
-  to.words[(from - to.fragment.begin) / 4] = enc::b(int64_t{stub} - int64_t{from});
+// Lets the branch at `from` go to `target`.
+void set_branch(Emitter& to, uint32_t from, uint32_t target) {
+  to.words[(from - to.fragment.begin) / 4] = enc::b(int64_t{target} - int64_t{from});
+}
+
+// A target that is there already is linked from the beginning, which saves the patch.
+void set_site(Emitter& to, Exit& exit) {
+  const Fragment* target =
+      exit.target == to.fragment.tag ? &to.fragment : find_fragment(to.cache, exit.target);
+  exit.linked = target != nullptr;
+  set_branch(to, exit.site, exit.linked ? target->begin + kHeadSize : exit.stub);
 }
 
 //   STP X0, X1, exit slots;  X0 = number;  B leave
@@ -211,10 +219,10 @@ void emit_stub(Emitter& to, uint32_t number) {
   Exit& exit = to.cache.exits[number];
   exit.stub = to.offset();
   if (exit.site != 0) {
-    point_at_stub(to, exit.site, exit.stub);
+    set_site(to, exit);
   }
   if (exit.check != 0) {
-    point_at_stub(to, exit.site + 8, exit.stub);
+    set_branch(to, exit.site + 8, exit.stub);
   }
   to.emit(enc::stp_x(0, 1, kStolenRegister, CTX_EXIT_X0));
   emit_constant(to, 0, number);
