@@ -4,6 +4,7 @@
 #include <ucontext.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <cstring>
 
@@ -36,6 +37,18 @@ void deliver(Thread& thread, const siginfo_t& info) {
     ask_client(info.si_signo, &copy, &context, false);
   }
   act_by_default(info.si_signo);
+}
+
+// The oldest signal that waits. All signals are blocked.
+siginfo_t take_waiting(Thread& thread) {
+  ThreadSignals& signals = thread.signals;
+  const siginfo_t first = signals.waiting[0];
+  --signals.waiting_count;
+  std::copy_n(signals.waiting + 1, signals.waiting_count, signals.waiting);
+  if (signals.waiting_count == 0) {
+    core::remove_pending(thread.context, kSignalPending);
+  }
+  return first;
 }
 
 }  // namespace
@@ -109,10 +122,11 @@ void deliver_pending(Thread& thread) {
     apply_mask(thread);
     return;
   }
-  const siginfo_t info = thread.signals.info;
-  core::remove_pending(context, kSignalPending);
-  deliver(thread, info);
-  set_kernel_mask(thread.signals.mask);
+  set_kernel_mask(kAllSignals);
+  deliver(thread, take_waiting(thread));
+  if (thread.signals.waiting_count == 0) {
+    set_kernel_mask(thread.signals.mask);
+  }
 }
 
 void raise_fault(Thread& thread, int signal, int code, uint64_t address) {

@@ -87,7 +87,10 @@ void record_signal(Thread& thread, int signal, const siginfo_t& info, ucontext_t
   if ((signal_bit(signal) & kNeverMasked) != 0) {
     record_unmasked(thread, info);
   } else {
-    thread.signals.info = info;
+    ThreadSignals& signals = thread.signals;
+    if (signals.waiting_count < kMostWaiting) {
+      signals.waiting[signals.waiting_count++] = info;
+    }
     core::add_pending(thread.context, kSignalPending);
     block_everything(interrupted);
   }
