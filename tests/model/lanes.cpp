@@ -100,8 +100,7 @@ const Row* model_row(std::string_view name) {
 RowCase random_row_case(Random& random, const Form& form, const Row& row, Immediate immediate) {
   RowCase chosen;
   cpu_state& state = chosen.before;
-  state = fixture::random_state(
-      random, 8, form.clean ? fixture::Predicates::clean : fixture::Predicates::junk);
+  state = fixture::random_state(random);
   state.fpsr &= fpsr_bits;
   state.fpcr = 0;
   state.fz16 = form.raises ? 0 : state.fz16;

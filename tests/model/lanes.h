@@ -64,11 +64,9 @@ struct Form {
   Result result;
   unsigned width = 8;  // of operands and of scalar results, in bytes
   bool sets_flags = false;
-  bool raises = false;        // may change fpsr
-  bool moderate = false;      // floating-point operands of small exponents, zeros among them
-  bool sign_extends = false;  // a 32-bit result into the whole register
-  bool clean = false;         // predicates as data
-  bool predicates = false;    // n and m are predicate registers
+  bool raises = false;      // may change fpsr
+  bool moderate = false;    // floating-point operands of small exponents, zeros among them
+  bool predicates = false;  // n and m are predicate registers
   // Where the register numbers stand; a field of no registers is none of the form's.
   Field n{5, 32}, m{16, 32}, g{10, 8};
 };

@@ -20,7 +20,6 @@
 namespace {
 
 using fixture::Random;
-using lanes::Wide;
 
 // Memory below 4 GiB.
 template <class T> T* map_low(size_t bytes) {
