@@ -1,6 +1,7 @@
 # The commands that people type. Each first installs what is missing (Debian packages).
 JOBS ?= $(shell nproc)
 MACHINE := $(shell uname -m)
+MAKEFLAGS += --no-print-directory
 
 # On an AArch64 machine the native build is the whole product, and nothing is cross-compiled.
 ifeq ($(MACHINE),aarch64)

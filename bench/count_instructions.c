@@ -46,8 +46,10 @@ static void print_count(plugin_id id, void* data) {
   char line[32];
   const int length = snprintf(line, sizeof line, "%" PRIu64 "\n", executed);
   int out = STDERR_FILENO;
-  if (path[0] != '\0') out = open(path, O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0666);
-  if (out < 0 || write(out, line, length) != length) perror("count_instructions");
+  if (path[0] != '\0')
+    out = open(path, O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0666);
+  if (out < 0 || write(out, line, length) != length)
+    perror("count_instructions");
 }
 
 EXPORTED int qemu_plugin_install(plugin_id id, const struct simulator_info* info, int argc,

@@ -17,15 +17,16 @@ function(tavok_host_words cpu result)
   endif()
 endfunction()
 
-# One executable of the build `sve` or `plain`, linked statically or dynamically.
+# tavok_program_executable(<name> static|static-pie|dynamic SOURCES <files> [FLAGS <flags>]):
+# a program for the tests of this folder.
 function(tavok_program_executable name linkage)
   cmake_parse_arguments(arg "" "" "SOURCES;FLAGS" ${ARGN})
   add_executable(${name} EXCLUDE_FROM_ALL ${arg_SOURCES})
   target_compile_options(${name} PRIVATE ${arg_FLAGS})
   target_include_directories(${name} PRIVATE ${PROJECT_SOURCE_DIR}/tests/programs)
   target_link_libraries(${name} PRIVATE m pthread)
-  if(linkage STREQUAL static)
-    target_link_options(${name} PRIVATE -static)
+  if(NOT linkage STREQUAL dynamic)
+    target_link_options(${name} PRIVATE -${linkage})
   endif()
   set_target_properties(${name} PROPERTIES
     RUNTIME_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/bin/programs)
@@ -77,9 +78,6 @@ function(tavok_program_test name)
     endforeach()
   endforeach()
 
-  if(NOT TARGET tavok)
-    return()
-  endif()
   foreach(linkage ${linkages})
     foreach(cpu ${arg_CPUS})
       tavok_script_test(program_${name}_${linkage}_${cpu} ${cpu} compare_builds

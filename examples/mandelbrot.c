@@ -17,7 +17,8 @@ static void count_steps(uint32_t* steps, const float* real, float imaginary, uin
     for (int step = 0; step < STEPS; step++) {
       const svfloat32_t xx = svmul_x(some, x, x), yy = svmul_x(some, y, y);
       inside = svcmple(inside, svadd_x(some, xx, yy), 4.0f);
-      if (!svptest_any(some, inside)) break;
+      if (!svptest_any(some, inside))
+        break;
       count = svadd_m(inside, count, (uint32_t)1);
       const svfloat32_t xy = svmul_x(some, x, y);
       x = svadd_x(some, svsub_x(some, xx, yy), cx);
@@ -42,7 +43,8 @@ static uint32_t steps_of(float cx, float cy) {
 int main(void) {
   static const char shade[] = " .:-=+*#%@";
   float real[WIDTH];
-  for (int column = 0; column < WIDTH; column++) real[column] = -2.0f + column * (2.5f / WIDTH);
+  for (int column = 0; column < WIDTH; column++)
+    real[column] = -2.0f + column * (2.5f / WIDTH);
   uint32_t checksum = 0;
   int wrong = 0;
   for (int row = 0; row < HEIGHT; row++) {

@@ -43,7 +43,8 @@ static uint64_t keep_bright(uint32_t* kept, const uint32_t* values, uint64_t n) 
 int main(void) {
   static uint8_t colours[3 * PIXELS], grey[PIXELS];
   static uint32_t wide[PIXELS], kept[PIXELS];
-  for (int i = 0; i < 3 * PIXELS; i++) colours[i] = i * 37 + 11;
+  for (int i = 0; i < 3 * PIXELS; i++)
+    colours[i] = i * 37 + 11;
   to_grey(grey, colours, PIXELS);
 
   int wrong = 0;
@@ -55,7 +56,8 @@ int main(void) {
   }
   const uint64_t count = keep_bright(kept, wide, PIXELS);
   for (uint64_t i = 0, k = 0; i < PIXELS; i++)
-    if (wide[i] >= BRIGHT) wrong += kept[k++] != wide[i];
+    if (wide[i] >= BRIGHT)
+      wrong += kept[k++] != wide[i];
   printf("pixels: %d pixels, %llu bright, %d wrong\n", PIXELS, (unsigned long long)count, wrong);
   return wrong == 0 && count == bright ? 0 : 1;
 }

@@ -24,7 +24,8 @@ BENCHMARK(is_sve_outside);
 void is_sve_inside(benchmark::State& state) {
   constexpr size_t stride = 787;
   std::vector<uint32_t> words;
-  for (const Row& row : all_rows()) words.push_back(row.value);
+  for (const Row& row : all_rows())
+    words.push_back(row.value);
   size_t i = 0;
   for (auto _ : state) {
     benchmark::DoNotOptimize(is_sve(words[i]));
@@ -36,7 +37,8 @@ BENCHMARK(is_sve_inside);
 // In the SVE space, but no row's: every map is asked.
 void is_sve_without_row(benchmark::State& state) {
   constexpr uint32_t bsl_of_sve2 = 0x04213c40;
-  for (auto _ : state) benchmark::DoNotOptimize(is_sve(bsl_of_sve2));
+  for (auto _ : state)
+    benchmark::DoNotOptimize(is_sve(bsl_of_sve2));
 }
 BENCHMARK(is_sve_without_row);
 

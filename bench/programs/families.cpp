@@ -33,10 +33,12 @@ alignas(64) unsigned char buffer[256];
 int main(int argc, char** argv) {
   const int count = static_cast<int>(family_loops_end - family_loops);
   if (argc < 3) {
-    for (int i = 0; i < count; i++) puts(family_loops[i].name);
+    for (int i = 0; i < count; i++)
+      puts(family_loops[i].name);
     return 0;
   }
   const int number = atoi(argv[1]);
-  if (number < 0 || number >= count) return 2;
+  if (number < 0 || number >= count)
+    return 2;
   run(family_loops[number], strtoull(argv[2], nullptr, 10));
 }

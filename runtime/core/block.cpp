@@ -112,7 +112,7 @@ void keep_restoring_halves(Cache& cache, instrlist_t& list, uint64_t tag) {
   if (!has_call(list)) {
     return;
   }
-  Emitter emitter(cache, tag, 0);
+  Emitter emitter(cache, tag, 0, true);
   for (instr_t* instr = list.first; instr != nullptr; instr = instr->next) {
     if (instr->kind == ir::kind::call) {
       instr->call.restore = add_restore(cache, restoring_half(emitter, *instr));
@@ -175,7 +175,7 @@ Fragment* build_fragment(Context& context) {
       flush_cache(cache);
       context.last_exit = EXIT_NONE;
     }
-    Emitter emitter(cache, context.pc, behind);
+    Emitter emitter(cache, context.pc, behind, has_call(list));
     emit_block(emitter, list);
     if (emitter.words.size() * 4 > kMaxFragmentBytes) {
       fatal("a block grew too large");

@@ -100,6 +100,10 @@ void unlink_exit(Cache& cache, Exit& exit) {
 
 const LookupEntry* empty_lookup_table() { return empty_table; }
 
+bool site_reaches(const Exit& exit, uint32_t target) {
+  return exit.branch == 0 || ir::branch_reaches(exit.branch, int64_t{target} - int64_t{exit.site});
+}
+
 uint32_t site_word(const Exit& exit, uint32_t target) {
   const int64_t offset = int64_t{target} - int64_t{exit.site};
   return exit.branch != 0 ? ir::redirected_branch(exit.branch, offset) : enc::b(offset);
@@ -206,8 +210,8 @@ void link_exit(Cache& cache, Exit& exit, const Fragment& target) {
   if (exit.site == 0 || exit.link != Link::none) {
     return;
   }
-  const uint32_t body = target.begin + 4;
-  if (exit.branch == 0 || ir::branch_reaches(exit.branch, int64_t{body} - int64_t{exit.site})) {
+  const uint32_t body = target.begin + kHeadSize;
+  if (site_reaches(exit, body)) {
     exit.link = Link::site;
     patch(cache, exit.site, site_word(exit, body));
   } else {

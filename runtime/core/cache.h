@@ -26,6 +26,7 @@ enum class Link : uint8_t { none, site, stub };
 struct Exit {
   uint64_t target;  // application address behind the exit
   uint32_t site;    // offset of the branch to patch, 0 if the exit is never linked
+  uint32_t check;   // where the look at Context::pending begins, just in front of the site; 0: none
   uint32_t stub;    // offset of the stub
   uint32_t branch;  // the conditional branch at the site, with any offset; 0 if it is B
   ExitKind kind;
@@ -43,6 +44,9 @@ struct Place {
 inline constexpr uint8_t kNoScratch = 31;
 inline constexpr uint8_t kScratchPair = 32;
 
+// The head that links go past.
+inline constexpr uint32_t kHeadSize = 4;
+
 // A clean call. After a fault in the callee, the words of `restore` give the registers back as they
 // were in front of the application's instruction.
 struct CallSite {
@@ -55,9 +59,12 @@ struct Fragment {
   uint64_t tag;
   uint32_t begin, end;
   uint32_t first_exit, first_place, first_call;
-  // Where an interrupted inline look-up starts again, and its jump; 0 if there is none.
+  // The inline look-up, 0 if there is none: where it has saved X0 and X1, and its jump.
   uint32_t lookup, lookup_branch;
   uint16_t exit_count, place_count, call_count;
+  uint8_t lookup_register;  // has the target
+  bool lookup_saved;        // the register is X2, and the application's is in exit_x2
+  bool checks;              // the exits look at Context::pending, so that nobody need unlink them
 };
 
 struct Cache {
@@ -118,6 +125,8 @@ inline bool in_cache(const Cache& cache, uint64_t code) {
   return code - reinterpret_cast<uint64_t>(cache.base) < cache.size;
 }
 
+// Whether the branch of an exit's site can go to an offset of the cache.
+bool site_reaches(const Exit& exit, uint32_t target);
 // The branch of an exit's site to an offset of the cache, and the first word of an exit's stub.
 uint32_t site_word(const Exit& exit, uint32_t target);
 uint32_t stub_word();

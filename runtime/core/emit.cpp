@@ -31,8 +31,12 @@ void store_field(Emitter& to, unsigned reg, unsigned field) {
   to.emit(enc::str_x(reg, kStolenRegister, field));
 }
 
-// Notes that the application's instruction at `pc` is the next word.
+// Notes that the application's instruction at `pc` begins with the next word. In the midst of what
+// the client inserted the registers are not the application's.
 void mark(Emitter& to, uint64_t pc, unsigned scratch = kNoScratch) {
+  if (!to.marking) {
+    return;
+  }
   to.cache.places.push_back({static_cast<uint16_t>(to.words.size()),
                              static_cast<uint8_t>((pc - to.fragment.tag) / 4),
                              static_cast<uint8_t>(scratch)});
@@ -163,16 +167,59 @@ void emit_straight(Emitter& to, uint32_t word, uint64_t pc) {
 // An exit that is not written yet: its site waits for the stub.
 uint32_t add_exit(Emitter& to, uint64_t target, ExitKind kind) {
   const auto number = static_cast<uint32_t>(to.cache.exits.size());
-  to.cache.exits.push_back({target, 0, 0, 0, kind, Link::none});
+  to.cache.exits.push_back({target, 0, 0, 0, 0, kind, Link::none});
   return number;
 }
 
-// The place of B, or of a conditional branch.
-void emit_site(Emitter& to, uint64_t target, uint32_t branch = 0) {
-  const uint32_t number = add_exit(to, target, ExitKind::direct);
-  to.cache.exits[number].site = to.offset();
-  to.cache.exits[number].branch = branch;
+// A signal that arrives during a call would have to patch the fragment's exits at a cost. Beside a
+// call it costs next to nothing that the exits look for themselves:
+//
+//          STR X0, its slot;  LDR X0, pending
+//          CBNZ X0, slow;  LDR X0, its slot
+//   site:  B stub, or the body of the target
+//   slow:  LDR X0, its slot;  B stub
+void emit_check(Emitter& to) {
+  store_field(to, 0, CTX_EXIT_X0);
+  load_field(to, 0, CTX_PENDING);
+  to.emit(enc::cbnz_x(0, 12));
+  load_field(to, 0, CTX_EXIT_X0);
+}
+
+void emit_site(Emitter& to, uint64_t target) {
+  Exit& exit = to.cache.exits[add_exit(to, target, ExitKind::direct)];
+  if (to.fragment.checks) {
+    exit.check = to.offset();
+    emit_check(to);
+  }
+  exit.site = to.offset();
   to.emit(0);
+  if (to.fragment.checks) {
+    load_field(to, 0, CTX_EXIT_X0);
+    to.emit(0);
+  }
+}
+
+// The place of a conditional branch.
+void emit_conditional_site(Emitter& to, uint64_t target, uint32_t branch) {
+  Exit& exit = to.cache.exits[add_exit(to, target, ExitKind::direct)];
+  exit.site = to.offset();
+  exit.branch = branch;
+  to.emit(0);
+}
+
+// Lets the branch at `from` go to `target`.
+void set_branch(Emitter& to, uint32_t from, uint32_t target) {
+  to.words[(from - to.fragment.begin) / 4] = enc::b(int64_t{target} - int64_t{from});
+}
+
+// A target that is there already is linked from the beginning, which saves the patch.
+void set_site(Emitter& to, Exit& exit) {
+  const Fragment* target =
+      exit.target == to.fragment.tag ? &to.fragment : find_fragment(to.cache, exit.target);
+  const bool linked = target != nullptr && site_reaches(exit, target->begin + kHeadSize);
+  exit.link = linked ? Link::site : Link::none;
+  to.words[(exit.site - to.fragment.begin) / 4] =
+      site_word(exit, linked ? target->begin + kHeadSize : exit.stub);
 }
 
 //   STP X0, X1, exit slots;  X0 = number;  B leave
@@ -180,37 +227,56 @@ void emit_stub(Emitter& to, uint32_t number) {
   Exit& exit = to.cache.exits[number];
   exit.stub = to.offset();
   if (exit.site != 0) {
-    to.words[(exit.site - to.fragment.begin) / 4] = site_word(exit, exit.stub);
+    set_site(to, exit);
+  }
+  if (exit.check != 0) {
+    set_branch(to, exit.site + 8, exit.stub);
   }
   to.emit(stub_word());
   emit_constant(to, 0, number);
   to.emit(enc::b(int64_t{to.cache.leave} - int64_t{to.offset()}));
 }
 
-//   CBZ X28:  STR Xs, save;  LDR Xs, stolen
-//             CBNZ Xs, behind
-//             LDR Xs, save;  taken site
-//   behind:   LDR Xs, save;  fall-through site
-void emit_stolen_conditional(Emitter& to, uint32_t word, uint64_t pc) {
-  constexpr int64_t kSkip = 12;
+// Where the branch itself cannot be a site: it names X28, or its sites look for signals.
+//
+//   B.cond:  B.!cond behind              CBZ X28:  STR Xs, save;  LDR Xs, stolen
+//            taken site                            CBNZ Xs, behind
+//   behind:  fall-through site                     LDR Xs, save;  taken site
+//                                        behind:   LDR Xs, save;  fall-through site
+void emit_indirect_conditional(Emitter& to, uint32_t word, uint64_t pc) {
+  const bool stolen = ir::uses_reg(word, kStolenRegister);
   const unsigned scratch = ir::lowest_unused_reg(word);
-  store_field(to, scratch, CTX_MANGLE_SAVE);
-  load_field(to, scratch, kStolenValue);
-  to.emit(ir::inverted_branch(ir::replace_reg(word, kStolenRegister, scratch), kSkip));
-  load_field(to, scratch, CTX_MANGLE_SAVE);
+  uint32_t branch = word;
+  if (stolen) {
+    store_field(to, scratch, CTX_MANGLE_SAVE);
+    load_field(to, scratch, kStolenValue);
+    branch = ir::replace_reg(word, kStolenRegister, scratch);
+  } else {
+    mark(to, pc);
+  }
+  const uint32_t skip = to.offset();
+  to.emit(0);
+  if (stolen) {
+    load_field(to, scratch, CTX_MANGLE_SAVE);
+  }
   emit_site(to, pc + static_cast<uint64_t>(ir::branch_offset(word)));
-  load_field(to, scratch, CTX_MANGLE_SAVE);
+  to.words[(skip - to.fragment.begin) / 4] =
+      ir::inverted_branch(branch, int64_t{to.offset()} - int64_t{skip});
+  if (stolen) {
+    load_field(to, scratch, CTX_MANGLE_SAVE);
+  }
   emit_site(to, pc + 4);
 }
 
 // The branch itself is a site, with the fall-through behind it: the block's next instruction, or a
 // site as well. Returns whether the block ends here.
 bool emit_conditional(Emitter& to, uint32_t word, uint64_t pc) {
-  if (ir::uses_reg(word, kStolenRegister)) {
-    emit_stolen_conditional(to, word, pc);
+  if (to.fragment.checks || ir::uses_reg(word, kStolenRegister)) {
+    emit_indirect_conditional(to, word, pc);
     return true;
   }
-  emit_site(to, pc + static_cast<uint64_t>(ir::branch_offset(word)), word);
+  mark(to, pc);
+  emit_conditional_site(to, pc + static_cast<uint64_t>(ir::branch_offset(word)), word);
   if (pc + 4 != to.behind) {
     return false;
   }
@@ -261,19 +327,20 @@ bool holds_target(uint32_t word, bool call) {
 //          STP  X0, X1, exit slots         the target is in Xt; if it has to be brought there:
 //                                          t = 2, STR X2, slot;  X0 = target;  MOV X2, X0
 //          (X30 = return address)
-//   again: LDR  X1, table                  an interrupted look-up starts again here
+//          LDR  X1, table                  Fragment::lookup
 //          BFI  X1, Xt, #2, #bits + 2      the table is aligned to its size, and Xt to 4
 //          LDP  X0, X1, [X1]               tag, code
 //          SUB  X0, X0, Xt
 //          CBNZ X0, miss
 //          (LDR X2, slot)
-//          BR   X1                         the head there loads X0 and X1
+//          BR   X1                         Fragment::lookup_branch; the head there loads X0 and X1
 //   miss:  MOV  X0, Xt;  (LDR X2, slot)
 //          B    the cache's common miss
 void emit_lookup(Emitter& to, uint32_t word, uint64_t pc, bool call) {
   static_assert(sizeof(LookupEntry) == 16);
   const bool direct = holds_target(word, call);
   const unsigned target = direct ? ir::branch_register(word) : 2;
+  mark(to, pc);
   to.emit(enc::stp_x(0, 1, kStolenRegister, CTX_EXIT_X0));
   if (!direct) {
     store_field(to, target, CTX_EXIT_X2);
@@ -284,6 +351,8 @@ void emit_lookup(Emitter& to, uint32_t word, uint64_t pc, bool call) {
     emit_constant(to, kLinkRegister, pc + 4);
   }
   to.fragment.lookup = to.offset();
+  to.fragment.lookup_register = static_cast<uint8_t>(target);
+  to.fragment.lookup_saved = !direct;
   load_field(to, 1, CTX_LOOKUP_TABLE);
   to.emit(enc::bfi(1, target, 2, kLookupBits + 2));
   to.emit(enc::ldp_x(0, 1, 1, 0));
@@ -353,6 +422,7 @@ bool emit_application(Emitter& to, uint32_t word, uint64_t pc) {
     emit_lookup(to, word, pc, true);
     return true;
   case ir::control::system_call:
+    mark(to, pc);
     emit_exit(to, pc + 4, ExitKind::system_call);
     return true;
   case ir::control::cache_flush:
@@ -377,11 +447,12 @@ uint64_t application_ctr() {
   return value & ~kDic;
 }
 
-Emitter::Emitter(Cache& to, uint64_t tag, uint64_t end)
+Emitter::Emitter(Cache& to, uint64_t tag, uint64_t end, bool calls)
     : cache(to), words(to.words), fragment{}, behind(end), constants{} {
   words.clear();
   fragment.tag = tag;
   fragment.begin = to.cursor;
+  fragment.checks = calls;
   fragment.first_exit = static_cast<uint32_t>(to.exits.size());
   fragment.first_place = static_cast<uint32_t>(to.places.size());
   fragment.first_call = static_cast<uint32_t>(to.calls.size());
@@ -429,6 +500,7 @@ bool emit_instruction(Emitter& to, const instr_t& instr) {
     to.emit(instr.word);
     return false;
   }
+  to.marking = instr.kind == ir::kind::original;
   return emit_application(to, instr.word, reinterpret_cast<uint64_t>(instr.pc));
 }
 

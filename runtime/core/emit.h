@@ -22,8 +22,10 @@ struct Emitter {
   Fragment fragment;
   const uint64_t behind;  // the application address behind the block
   std::vector<CallConstants> constants;
+  bool marking = false;  // the words of an instruction of the application follow
 
-  Emitter(Cache& to, uint64_t tag, uint64_t behind);
+  // `calls`: whether clean calls are among the instructions.
+  Emitter(Cache& to, uint64_t tag, uint64_t behind, bool calls);
   uint32_t offset() const { return fragment.begin + static_cast<uint32_t>(words.size()) * 4; }
   void emit(uint32_t word) { words.push_back(word); }
 };

@@ -4,6 +4,7 @@
 #include <ucontext.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <cstring>
 
@@ -38,6 +39,18 @@ void deliver(Thread& thread, const siginfo_t& info) {
   act_by_default(info.si_signo);
 }
 
+// The oldest signal that waits. All signals are blocked.
+siginfo_t take_waiting(Thread& thread) {
+  ThreadSignals& signals = thread.signals;
+  const siginfo_t first = signals.waiting[0];
+  --signals.waiting_count;
+  std::copy_n(signals.waiting + 1, signals.waiting_count, signals.waiting);
+  if (signals.waiting_count == 0) {
+    core::remove_pending(thread.context, kSignalPending);
+  }
+  return first;
+}
+
 }  // namespace
 
 uint64_t set_kernel_mask(uint64_t mask) {
@@ -55,6 +68,13 @@ uint64_t initial_mask() {
 }
 
 bool apply_mask(Thread& thread) {
+  ThreadSignals& signals = thread.signals;
+  if (signals.has_held && (signals.mask & signal_bit(signals.held.si_signo)) == 0) {
+    signals.has_held = false;
+    signals.fault = signals.held;
+    signals.fault_syndrome = 0;
+    core::add_pending(thread.context, kFaultPending);
+  }
   const uint64_t wanted = thread.signals.mask & ~kNeverMasked;
   const Call call = {SYS_rt_sigprocmask,
                      {SIG_SETMASK, reinterpret_cast<uint64_t>(&wanted), 0, kMaskSize}};
@@ -102,10 +122,11 @@ void deliver_pending(Thread& thread) {
     apply_mask(thread);
     return;
   }
-  const siginfo_t info = thread.signals.info;
-  core::remove_pending(context, kSignalPending);
-  deliver(thread, info);
-  set_kernel_mask(thread.signals.mask);
+  set_kernel_mask(kAllSignals);
+  deliver(thread, take_waiting(thread));
+  if (thread.signals.waiting_count == 0) {
+    set_kernel_mask(thread.signals.mask);
+  }
 }
 
 void raise_fault(Thread& thread, int signal, int code, uint64_t address) {

@@ -2,16 +2,18 @@
 //
 //   application's SP (or the end of its alternate stack)
 //     frame record {X29, X30}      the handler's X29 points here
-//     the client's thread memory   restored on return, like registers that the kernel would save
-//     kernel's frame: siginfo, ucontext with the FPSIMD record, a record that points at the
-//     client's memory, an end record                                      <- the handler's SP
+//     kernel's frame: siginfo, ucontext with the FPSIMD record, that of the fault's syndrome, one
+//     of the runtime's own, an end record                                 <- the handler's SP
+//
+// The runtime's record holds the client's memory for the thread: it is restored on return, like
+// registers that the kernel would save. A frame is no larger for it, so an alternate stack of the
+// least size still holds one.
 #include <asm/sigcontext.h>
 #include <sys/mman.h>
 #include <ucontext.h>
 
 #include <cstring>
 #include <new>
-#include <vector>
 
 #include "runtime/core/code_map.h"
 #include "runtime/core/entry.h"
@@ -34,14 +36,6 @@ struct Frame {
   ucontext_t context;
 };
 
-struct ThreadMemoryRecord {
-  RecordHead head;
-  uint64_t address;
-  uint64_t size;
-  uint64_t unused;
-};
-static_assert(sizeof(ThreadMemoryRecord) % kStackAlignment == 0);
-
 uint64_t align_down(uint64_t address) { return address & ~(kStackAlignment - 1); }
 
 bool is_on(const stack_t& stack, uint64_t sp) {
@@ -61,23 +55,39 @@ bool write(uint64_t address, const void* from, size_t size) {
   return core_copy(reinterpret_cast<void*>(address), from, size) == 0;
 }
 
-void fill_frame(const Thread& thread, const siginfo_t& info, uint64_t memory, uint64_t memory_size,
-                Frame& frame) {
+// The next record of the area behind the registers, with `size` bytes behind its head.
+unsigned char* add_record(mcontext_t& machine, size_t& used, uint32_t magic, size_t size) {
+  const size_t total = (sizeof(RecordHead) + size + kStackAlignment - 1) & ~(kStackAlignment - 1);
+  if (used + total + sizeof(RecordHead) > sizeof machine.__reserved) {
+    core::fatal("the client's memory for a thread does not fit a signal frame");
+  }
+  unsigned char* at = machine.__reserved + used;
+  new (at) RecordHead{magic, static_cast<uint32_t>(total)};
+  used += total;
+  return at + sizeof(RecordHead);
+}
+
+void fill_frame(const Thread& thread, const siginfo_t& info, Frame& frame) {
+  const ThreadSignals& signals = thread.signals;
   std::memset(static_cast<void*>(&frame), 0, sizeof frame);
   frame.info = info;
-  frame.context.uc_stack = thread.signals.alternate;
-  if (is_on(thread.signals.alternate, thread.context.sp)) {
+  frame.context.uc_stack = signals.alternate;
+  if (is_on(signals.alternate, thread.context.sp)) {
     frame.context.uc_stack.ss_flags = SS_ONSTACK;
   }
-  std::memcpy(&frame.context.uc_sigmask, &thread.signals.mask, sizeof thread.signals.mask);
+  std::memcpy(&frame.context.uc_sigmask, &signals.mask, sizeof signals.mask);
   mcontext_t& machine = frame.context.uc_mcontext;
+  store_registers(thread.context, machine);
+  size_t used = sizeof(fpsimd_context);
   if (info.si_signo == SIGSEGV || info.si_signo == SIGBUS) {
     machine.fault_address = reinterpret_cast<uint64_t>(info.si_addr);
+    if (signals.fault_syndrome != 0) {
+      auto* to = add_record(machine, used, ESR_MAGIC, sizeof signals.fault_syndrome);
+      std::memcpy(to, &signals.fault_syndrome, sizeof signals.fault_syndrome);
+    }
   }
-  store_registers(thread.context, machine);
-  auto* behind = reinterpret_cast<unsigned char*>(machine.__reserved) + sizeof(fpsimd_context);
-  new (behind)
-      ThreadMemoryRecord{{kThreadMemoryMagic, sizeof(ThreadMemoryRecord)}, memory, memory_size, 0};
+  const size_t memory = core::thread_memory_size(thread.context);
+  core::save_thread_memory(thread.context, add_record(machine, used, kThreadMemoryMagic, memory));
 }
 
 void set_handler_mask(Thread& thread, const SignalAction& action, int signal) {
@@ -121,14 +131,10 @@ void push_frame(Thread& thread, const SignalAction& action, const siginfo_t& inf
   core::Context& context = thread.context;
   const uint64_t record = frame_top(thread, action) - 2 * sizeof(uint64_t);
   const uint64_t record_words[] = {context.x[29], context.x[30]};
-  std::vector<unsigned char> memory(core::thread_memory_size(context));
-  core::save_thread_memory(context, memory.data());
-  const uint64_t memory_at = align_down(record - memory.size());
-  const uint64_t frame_at = align_down(memory_at - sizeof(Frame));
+  const uint64_t frame_at = align_down(record - sizeof(Frame));
   Frame frame;
-  fill_frame(thread, info, memory_at, memory.size(), frame);
-  if (!write(record, record_words, sizeof record_words) ||
-      !write(memory_at, memory.data(), memory.size()) || !write(frame_at, &frame, sizeof frame)) {
+  fill_frame(thread, info, frame);
+  if (!write(record, record_words, sizeof record_words) || !write(frame_at, &frame, sizeof frame)) {
     force_segv();
   }
   set_handler_mask(thread, action, info.si_signo);
@@ -151,14 +157,10 @@ int64_t sys_rt_sigreturn(Thread& thread, const Call&) {
   }
   const mcontext_t& machine = frame.context.uc_mcontext;
   load_registers(context, machine);
-  const auto* record =
-      reinterpret_cast<const ThreadMemoryRecord*>(find_record(machine, kThreadMemoryMagic));
-  if (record != nullptr && record->size == core::thread_memory_size(context)) {
-    std::vector<unsigned char> memory(record->size);
-    if (core_copy(memory.data(), reinterpret_cast<const void*>(record->address), memory.size()) ==
-        0) {
-      core::restore_thread_memory(context, memory.data());
-    }
+  const RecordHead* record = find_record(machine, kThreadMemoryMagic);
+  const size_t memory = core::thread_memory_size(context);
+  if (record != nullptr && record->size >= sizeof(RecordHead) + memory) {
+    core::restore_thread_memory(context, reinterpret_cast<const unsigned char*>(record + 1));
   }
   if ((frame.context.uc_stack.ss_flags & SS_ONSTACK) == 0) {
     thread.signals.alternate = frame.context.uc_stack;

@@ -6,13 +6,14 @@
 //   dispatcher                    goes on, and sees `pending`       the runtime's own: message, end
 //   about to enter the cache      to core_enter_bail                -
 //   about to make a call          to os_call_bail                   -
-//   a fragment                    its exits are unlinked            registers to the context, and
-//                                                                   to core_enter_bail
-//   inline look-up                starts again, table empty         -
+//   a fragment, between two       registers to the context, and     registers to the context, and
+//   instructions                  to core_enter_bail                to core_enter_bail
+//   a fragment, elsewhere         its exits are unlinked            -
 //   clean call                    exits of its fragment unlinked    the client's action; else the
 //                                                                   restoring half of the call runs
 #include "runtime/linux/handler.h"
 
+#include <asm/sigcontext.h>
 #include <ucontext.h>
 
 #include <cstring>
@@ -21,6 +22,7 @@
 #include "runtime/core/entry.h"
 #include "runtime/core/fatal.h"
 #include "runtime/linux/machine_context.h"
+#include "runtime/linux/position.h"
 #include "runtime/linux/signals.h"
 
 extern "C" const char os_call_check[], os_call_svc[], os_call_bail[];
@@ -36,28 +38,13 @@ bool is_between(uint64_t pc, const char* begin, const char* end) {
 
 // ---- asynchronous signals -----------------------------------------------------------------------
 
-// The fragment that runs ends in the dispatcher.
+// The fragment that runs ends in the dispatcher, by itself or because its exits are unlinked.
 void leave_at_end(core::Context& context, uint64_t code) {
-  if (core::Fragment* fragment = core::fragment_holding(*context.cache, code)) {
+  const core::Fragment* fragment = core::fragment_holding(*context.cache, code);
+  if (fragment != nullptr && !fragment->checks) {
     core::unlink_exits(*context.cache, *fragment);
   }
   context.lookup_table = core::empty_lookup_table();
-}
-
-void leave_fragment(core::Context& context, mcontext_t& machine) {
-  core::Cache& cache = *context.cache;
-  core::Fragment* fragment = core::fragment_holding(cache, machine.pc);
-  leave_at_end(context, machine.pc);
-  if (fragment == nullptr || fragment->lookup == 0) {
-    return;
-  }
-  const auto base = reinterpret_cast<uint64_t>(cache.base);
-  const uint64_t lookup = base + fragment->lookup, branch = base + fragment->lookup_branch;
-  if (machine.pc > lookup && machine.pc < branch) {
-    machine.pc = lookup;
-  } else if (machine.pc == branch) {
-    leave_at_end(context, machine.regs[1]);
-  }
 }
 
 // Brings the thread to the dispatcher without waiting for anything.
@@ -67,7 +54,11 @@ void come_to_dispatcher(core::Context& context, mcontext_t& machine) {
   } else if (is_between(machine.pc, os_call_check, os_call_svc + 4)) {
     machine.pc = address_of(os_call_bail);
   } else if (core::in_cache(*context.cache, machine.pc)) {
-    leave_fragment(context, machine);
+    if (load_exact_state(context, machine)) {
+      machine.pc = address_of(core_enter_bail);
+    } else {
+      leave_at_end(context, machine.pc);
+    }
   } else if (context.in_cache != 0) {
     leave_at_end(context, context.call_return);
   }
@@ -78,73 +69,57 @@ void block_everything(ucontext_t& interrupted) {
   std::memcpy(&interrupted.uc_sigmask, &mask, sizeof mask);
 }
 
+// SIGSEGV and SIGBUS that somebody sent: the kernel never blocks them, so what the application
+// blocks is held here.
+void record_unmasked(Thread& thread, const siginfo_t& info) {
+  ThreadSignals& signals = thread.signals;
+  if ((signals.mask & signal_bit(info.si_signo)) != 0) {
+    signals.held = info;
+    signals.has_held = true;
+  } else if ((thread.context.pending & kFaultPending) == 0) {
+    signals.fault = info;
+    signals.fault_syndrome = 0;
+    core::add_pending(thread.context, kFaultPending);
+  }
+}
+
 void record_signal(Thread& thread, int signal, const siginfo_t& info, ucontext_t& interrupted) {
-  // SIGSEGV and SIGBUS that were sent by somebody arrive even while another signal waits.
   if ((signal_bit(signal) & kNeverMasked) != 0) {
-    if ((thread.context.pending & kFaultPending) == 0) {
-      thread.signals.fault = info;
-      core::add_pending(thread.context, kFaultPending);
-    }
+    record_unmasked(thread, info);
   } else {
-    thread.signals.info = info;
+    ThreadSignals& signals = thread.signals;
+    if (signals.waiting_count < kMostWaiting) {
+      signals.waiting[signals.waiting_count++] = info;
+    }
     core::add_pending(thread.context, kSignalPending);
     block_everything(interrupted);
   }
-  come_to_dispatcher(thread.context, interrupted.uc_mcontext);
+  if (thread.context.pending != 0) {
+    come_to_dispatcher(thread.context, interrupted.uc_mcontext);
+  }
 }
 
 // ---- synchronous faults -------------------------------------------------------------------------
 
-// The application instruction that the thread stands at: exactly, or the last one before it.
-struct FaultPlace {
-  uint64_t pc;
-  uint8_t scratch;
-};
-
-FaultPlace find_place(const core::Cache& cache, const core::Fragment& fragment, uint64_t code) {
-  const uint64_t begin = reinterpret_cast<uint64_t>(cache.base) + fragment.begin;
-  const uint64_t word = (code - begin) / 4;
-  FaultPlace found = {fragment.tag, core::kNoScratch};
-  for (unsigned i = 0; i < fragment.place_count; ++i) {
-    const core::Place& place = cache.places[fragment.first_place + i];
-    if (place.code_word > word) {
-      break;
-    }
-    found.pc = fragment.tag + place.app_word * uint64_t{4};
-    found.scratch = place.code_word == word ? place.scratch : core::kNoScratch;
+void record_fault(Thread& thread, const siginfo_t& info, const mcontext_t& machine) {
+  thread.signals.fault = info;
+  thread.signals.fault_syndrome = 0;
+  const RecordHead* record = find_record(machine, ESR_MAGIC);
+  if (record != nullptr && record->size >= sizeof(esr_context)) {
+    thread.signals.fault_syndrome = reinterpret_cast<const esr_context*>(record)->esr;
   }
-  return found;
-}
-
-void restore_scratch(core::Context& context, uint8_t scratch) {
-  if (scratch == core::kNoScratch) {
-    return;
-  }
-  const unsigned first = scratch & (core::kScratchPair - 1);
-  context.x[first] = context.mangle_save;
-  if ((scratch & core::kScratchPair) != 0) {
-    context.x[first + 1] = context.mangle_save2;
-  }
+  core::add_pending(thread.context, kFaultPending);
 }
 
 void fault_in_cache(Thread& thread, const siginfo_t& info, ucontext_t& interrupted) {
   core::Context& context = thread.context;
   mcontext_t& machine = interrupted.uc_mcontext;
-  FaultPlace place = {context.pc, core::kNoScratch};
-  if (const core::Fragment* fragment = core::fragment_holding(*context.cache, machine.pc)) {
-    place = find_place(*context.cache, *fragment, machine.pc);
-  }
-  const uint64_t stolen = context.x[core::kStolenRegister];
-  load_registers(context, machine);
-  context.x[core::kStolenRegister] = stolen;
-  restore_scratch(context, place.scratch);
-  context.pc = place.pc;
-  thread.signals.fault = info;
+  load_fault_state(context, machine);
+  record_fault(thread, info, machine);
   // For these the address is that of the instruction.
   if (info.si_signo == SIGILL || info.si_signo == SIGTRAP || info.si_signo == SIGFPE) {
-    thread.signals.fault.si_addr = reinterpret_cast<void*>(place.pc);
+    thread.signals.fault.si_addr = reinterpret_cast<void*>(context.pc);
   }
-  core::add_pending(context, kFaultPending);
   machine.pc = address_of(core_enter_bail);
 }
 
@@ -172,8 +147,7 @@ bool abandon_call(Thread& thread, const siginfo_t& info, mcontext_t& machine) {
   machine.sp = context.runtime_sp;
   machine.regs[core::kStolenRegister] = reinterpret_cast<uint64_t>(&context);
   context.pc = call->pc;
-  thread.signals.fault = info;
-  core::add_pending(context, kFaultPending);
+  record_fault(thread, info, machine);
   return true;
 }
 
@@ -188,6 +162,10 @@ void handle_fault(Thread& thread, int signal, siginfo_t& info, ucontext_t& inter
   mcontext_t& machine = interrupted.uc_mcontext;
   const bool wanted = application_handles(thread, signal);
   const bool cached = core::in_cache(*context.cache, machine.pc);
+  // Another thread has this cache writable for a moment, where it cannot be both: try again.
+  if (cached && context.cache->toggles && reinterpret_cast<uint64_t>(info.si_addr) == machine.pc) {
+    return;
+  }
   if (cached && wanted) {
     fault_in_cache(thread, info, interrupted);
     return;

@@ -55,12 +55,6 @@ void run_exit_events() {
   std::fflush(stderr);
 }
 
-// Counts the thread out; whether it was the last one.
-bool leave_process() {
-  const std::lock_guard lock(threads_mutex);
-  return --running == 0;
-}
-
 }  // namespace
 
 Thread* new_thread() {
@@ -93,6 +87,11 @@ void delete_thread(Thread* thread) {
   ir::dispose(thread->context.arena);
   thread->~Thread();
   std::free(thread);
+}
+
+bool leave_process() {
+  const std::lock_guard lock(threads_mutex);
+  return --running == 0;
 }
 
 void keep_only(Thread& thread) {

@@ -18,6 +18,8 @@ extern ProcessPaths paths;
 Thread* new_thread();
 // Takes the thread out of the list and frees it and all that it owns.
 void delete_thread(Thread* thread);
+// Counts a thread out that ends or never began; whether it was the last one.
+bool leave_process();
 // After a fork only the calling thread is left.
 void keep_only(Thread& thread);
 

@@ -1,6 +1,6 @@
 // The application's life: what to do whenever it leaves the code cache.
-#include "runtime/core/code_map.h"
 #include "runtime/core/dispatch.h"
+#include "runtime/core/emit.h"
 #include "runtime/core/entry.h"
 #include "runtime/linux/process.h"
 #include "runtime/linux/signals.h"
@@ -21,6 +21,18 @@ void raise_fetch_fault(Thread& thread) {
   raise_fault(thread, SIGSEGV, mapped ? SEGV_ACCERR : SEGV_MAPERR, pc);
 }
 
+// The IC IVAU in front of the PC says that a line of code was written.
+void note_flushed_line(Thread& thread) {
+  const core::Context& context = thread.context;
+  constexpr uint64_t kZeroRegister = 31;
+  uint32_t word = 0;
+  core_copy(&word, reinterpret_cast<const void*>(context.pc - sizeof word), sizeof word);
+  const uint64_t reg = word & kZeroRegister;
+  const uint64_t line_size = 4U << (core::application_ctr() & 15);
+  const uint64_t line = (reg == kZeroRegister ? 0 : context.x[reg]) & ~(line_size - 1);
+  code_changed(thread, line, line + line_size);
+}
+
 }  // namespace
 
 void run_application(Thread& thread) {
@@ -33,8 +45,7 @@ void run_application(Thread& thread) {
       deliver_pending(thread);
       break;
     case core::Event::code_changed:
-      // Which line is not looked at: a program that writes code writes more than one.
-      code_changed(thread, 0, ~uint64_t{0});
+      note_flushed_line(thread);
       break;
     case core::Event::not_executable:
       raise_fetch_fault(thread);

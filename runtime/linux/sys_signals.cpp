@@ -12,6 +12,7 @@ namespace os {
 namespace {
 
 constexpr uint64_t kMaskSize = sizeof(uint64_t);
+constexpr size_t kSmallestStack = 5120;  // the kernel's for this processor
 
 const void* memory_at(uint64_t address) { return reinterpret_cast<const void*>(address); }
 
@@ -51,7 +52,7 @@ int64_t check_stack(stack_t& stack) {
     return 0;
   }
   stack.ss_flags = 0;
-  return stack.ss_size < size_t{MINSIGSTKSZ} ? -ENOMEM : 0;
+  return stack.ss_size < kSmallestStack ? -ENOMEM : 0;
 }
 
 bool change_mask(uint64_t& mask, uint64_t how, uint64_t set) {

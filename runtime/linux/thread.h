@@ -9,8 +9,10 @@
 namespace os {
 
 // Bits of core::Context::pending.
-inline constexpr uint64_t kSignalPending = 2;  // signals.info waits to be delivered
+inline constexpr uint64_t kSignalPending = 2;  // signals.waiting has an entry
 inline constexpr uint64_t kFaultPending = 4;   // signals.fault waits to be delivered
+
+inline constexpr unsigned kMostWaiting = 8;
 
 struct ActionTable;
 
@@ -20,8 +22,14 @@ struct ThreadSignals {
   uint64_t temporary_mask;  // in force during a call such as rt_sigsuspend
   bool has_temporary_mask;
   stack_t alternate;  // the application's
-  siginfo_t info;
+  // Signals that arrived and wait to be delivered, in order. One is the rule, since the first
+  // blocks all others; but a client that jumps out of its fault handler opens the mask again.
+  siginfo_t waiting[kMostWaiting];
+  unsigned waiting_count;
   siginfo_t fault;
+  uint64_t fault_syndrome;  // the kernel's ESR for `fault`, 0 if it told none
+  siginfo_t held;           // a SIGSEGV or SIGBUS that was sent while the application blocks it
+  bool has_held;
   void* handler_stack;  // the runtime's own alternate stack
 };
 

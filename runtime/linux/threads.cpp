@@ -152,6 +152,7 @@ int64_t create_thread(Thread& parent, const CloneArguments& arguments) {
     }
     result = birth.id.load();
   } else {
+    leave_process();
     delete_thread(child);
   }
   set_kernel_mask(mask);

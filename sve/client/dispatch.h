@@ -38,7 +38,8 @@ const Row* row_of_stub(decode_stub stub);
 // most significant first, packed to the right.
 struct decoder_map {
   uint32_t mask;
-  unsigned step;  // place in the cascade of execute_sve_instruction
+  unsigned step;    // place in the cascade of execute_sve_instruction
+  uint16_t groups;  // bit k: there are rows of the encoding group k
   std::map<int32_t, decode_stub> stubs;
 };
 
@@ -68,6 +69,10 @@ constexpr bool in_sve_space(uint32_t word) { return (word >> 25 & 0xf) == 2; }
 
 // As is_sve, by the cascade of execute_sve_instruction. No word has a different stub there.
 decode_stub stub_to_execute(unsigned int word);
+
+// Words by bits 31 to 29 and 24, which every map keeps and the SVE space leaves free: 0 to 15. Most
+// maps have rows in one or two groups only.
+constexpr unsigned encoding_group(uint32_t word) { return (word >> 28 & 0xe) | (word >> 24 & 1); }
 
 extern "C" {
 

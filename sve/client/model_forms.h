@@ -6,14 +6,10 @@
 namespace stubs {
 
 // Stands for the destination where an instruction has none.
-template <class> struct NoResult {
-  static constexpr uint32_t bits = 0;
-};
+template <class> struct NoResult { static constexpr uint32_t bits = 0; };
 
 // The old value of the destination, which is a parameter of its own and has the same bits.
-template <class Form> struct Old : Form {
-  static constexpr bool of_destination = true;
-};
+template <class Form> struct Old : Form { static constexpr bool of_destination = true; };
 template <class T> using OldZ = Old<Zd<T>>;
 template <class T> using OldP = Old<Pd<T>>;
 template <class T> using OldR = Old<Rdn<T>>;
@@ -22,9 +18,7 @@ template <class T> using OldX = Old<Xdn<T>>;
 template <class T> using OldV = Old<Vd<T>>;
 
 // A W register whose new value is sign-extended to the whole register.
-template <class T> struct SWdn : Wdn<T> {
-  static constexpr bool sign_extends = true;
-};
+template <class T> struct SWdn : Wdn<T> { static constexpr bool sign_extends = true; };
 
 // The result of a reduction that is a doubleword whatever the element.
 template <class> using Dd = VField<0, U64>;

@@ -214,7 +214,7 @@ struct PFormat {
 // A size of a predicate element has one type group, whatever type is asked.
 struct PSize {
   char size;
-  unsigned bytes;
+  size_t bytes;
   PFormat x, u, s, other;
 };
 

@@ -3,6 +3,7 @@
 
 #include <unistd.h>
 
+#include <algorithm>
 #include <array>
 
 #include "sve/client/dispatch.h"
@@ -47,16 +48,23 @@ constexpr std::array<MapShape, decoder_maps> map_shapes = {{
 }};
 // clang-format on
 
+// A key holds the encoding group, so that a map without rows of a word's group cannot hold it.
+static_assert(std::ranges::all_of(map_shapes, [](const MapShape& shape) {
+  return encoding_group(shape.mask) == encoding_group(~0u);
+}));
+
 std::array<decoder_map, decoder_maps> build_decoder_maps() {
-  std::array<decoder_map, decoder_maps> maps;
+  std::array<decoder_map, decoder_maps> maps{};
   for (unsigned i = 0; i < decoder_maps; i++) {
     maps[i].mask = map_shapes[i].mask;
     maps[i].step = map_shapes[i].step;
   }
   for (const Row& row : all_rows())
     for (decoder_map& map : maps)
-      if (map.mask == row.mask)
+      if (map.mask == row.mask) {
         map.stubs.emplace(decoder_key(row.value, row.mask), row.stub);
+        map.groups |= 1u << encoding_group(row.value);
+      }
   return maps;
 }
 
@@ -69,6 +77,8 @@ constexpr std::array<uint8_t, decoder_maps> execution_order = [] {
 }();
 
 decode_stub find_in(const decoder_map& map, uint32_t word) {
+  if ((map.groups >> encoding_group(word) & 1) == 0)
+    return nullptr;
   const auto found = map.stubs.find(decoder_key(word, map.mask));
   return found == map.stubs.end() ? nullptr : found->second;
 }

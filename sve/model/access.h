@@ -6,8 +6,8 @@
 
 namespace model {
 
-template <int msize> inline uint64_t read(uint64_t address, int first_done, bool* fault,
-                                          CpuContext* context) {
+template <int msize>
+inline uint64_t read(uint64_t address, int first_done, bool* fault, CpuContext* context) {
   if constexpr (msize == 1)
     return ReadMemLib1(address, first_done, fault, context);
   else if constexpr (msize == 2)
@@ -44,8 +44,8 @@ template <class E, int msize> inline E read_element(uint64_t address, CpuContext
 
 template <class E, int msize, class Address>
 inline VecV load(const PredV& pg, CpuContext* context, Address address) {
-  return zero_inactive<E>(
-      pg, context, [&](unsigned e) { return read_element<E, msize>(address(e), context); });
+  return zero_inactive<E>(pg, context,
+                          [&](unsigned e) { return read_element<E, msize>(address(e), context); });
 }
 
 template <class E, int msize, class Address>

@@ -29,8 +29,7 @@ BigInt ShiftRightBigInt(BigInt x, int n) {
   const int whole = n / 64, part = n % 64;
   BigInt result;
   for (int i = 0; i < words; i++) {
-    const WideBits pair =
-        static_cast<WideBits>(word(i + whole + 1)) << 64 | word(i + whole);
+    const WideBits pair = static_cast<WideBits>(word(i + whole + 1)) << 64 | word(i + whole);
     result.words[i] = static_cast<uint64_t>(pair >> part);
   }
   return result;
@@ -40,7 +39,7 @@ SaturationPair SatQBigInt(BigInt x, int esize, int is_unsigned) {
   const uint64_t sign = sign_word(x);
   const int range = is_unsigned != 0 ? esize : esize - 1;  // the bits that a number in range uses
   const bool in_range = x.words[3] == sign && x.words[2] == sign && x.words[1] == sign &&
-                     (range == 64 || x.words[0] >> range == sign >> range);
+                        (range == 64 || x.words[0] >> range == sign >> range);
   if (is_unsigned != 0 && sign != 0)
     return {0, 1};
   if (in_range)

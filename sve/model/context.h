@@ -6,8 +6,7 @@
 
 #include "sve/client/exports.h"
 
-// The model's bounds of the vector length, in 64-bit units; lengths between them are even.
-inline constexpr uint32_t shortest_vl = 2;
+// The longest vector length, in 64-bit units. Lengths are even and at least 2.
 inline constexpr uint32_t longest_vl = 32;
 
 // One vector, little-endian. Only the bytes below the vector length in force mean anything: nobody
@@ -40,6 +39,4 @@ TAVOK_EXPORT extern CpuContext* ctxt;
 }
 
 // The registers of a structure load or store.
-template <unsigned count> struct VecGroup {
-  VecV vectors[count];
-};
+template <unsigned count> struct VecGroup { VecV vectors[count]; };

@@ -35,7 +35,7 @@ template <class E> VecV load_segment(const PredV& pg, uint64_t address, CpuConte
     set<E>(result, e,
            active<E>(pg, e) ? read_element<E, sizeof(E)>(address + e * sizeof(E), context) : E{0});
   for (unsigned s = 1; s < segments(context); s++)
-    memcpy(result.bytes + s * segment_bytes, result.bytes, segment_bytes);
+    memcpy(result.bytes + size_t{s} * segment_bytes, result.bytes, segment_bytes);
   return result;
 }
 
@@ -76,8 +76,8 @@ template <class E> uint64_t vectors_worth(int msize, const CpuContext* context) 
   MODEL_DEFINE(type, E##count##Load##digit##SIZ, VecGroup<count>,                                  \
                (PredV pg, uint64_t base, uint64_t imm)) {                                          \
     using E = model::type;                                                                         \
-    return load_structures<E, count>(                                                              \
-        pg, base + imm * count * vectors_worth<E>(digit, context), context);                       \
+    return load_structures<E, count>(pg, base + imm * count * vectors_worth<E>(digit, context),    \
+                                     context);                                                     \
   }                                                                                                \
   MODEL_DEFINE(type, E##count##Load##digit##LSSZ, VecGroup<count>,                                 \
                (PredV pg, uint64_t base, uint64_t index)) {                                        \
@@ -135,8 +135,8 @@ SAME_SIZE(U64, 8)
 
 VecV VecU64FillSI(uint64_t base, uint64_t imm, CpuContext* context) {
   const uint64_t start = base + imm * vector_bytes(context);
-  return map<uint8_t>(
-      context, [&](unsigned i) { return read_element<uint8_t, 1>(start + i, context); });
+  return map<uint8_t>(context,
+                      [&](unsigned i) { return read_element<uint8_t, 1>(start + i, context); });
 }
 
 void VecU64SpillSI(uint64_t base, uint64_t imm, VecV data, CpuContext* context) {

@@ -39,8 +39,7 @@ template <class E> uint64_t clamp(WideInt i) { return SatQ(i, esize<E>, is_unsig
 #define PATTERN_SCALAR(operation, types, ...)                                                      \
   SVE_EACH(PATTERN_SCALAR_FUNCTION, operation, types, __VA_ARGS__)
 #define PATTERN_SCALAR_FUNCTION(type, operation, ...)                                              \
-  MODEL_DEFINE(type, operation, uint64_t,                                                          \
-               (uint64_t old, uint64_t pattern, uint64_t multiplier)) {                            \
+  MODEL_DEFINE(type, operation, uint64_t, (uint64_t old, uint64_t pattern, uint64_t multiplier)) { \
     using E = model::type;                                                                         \
     const uint64_t count = pattern_count<E>(pattern, multiplier, context);                         \
     return __VA_ARGS__;                                                                            \

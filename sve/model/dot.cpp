@@ -16,7 +16,8 @@ template <> struct Quarter<int64_t> { using type = int16_t; };
 template <> struct Quarter<uint64_t> { using type = uint16_t; };
 
 // Element e of the result, from the second source's group of products at element with.
-template <class E> E dot(const VecV& zn, const VecV& zm, const VecV& old, unsigned e, unsigned with) {
+template <class E>
+E dot(const VecV& zn, const VecV& zm, const VecV& old, unsigned e, unsigned with) {
   using Q = typename Quarter<E>::type;
   uint64_t sum = 0;
   for (unsigned j = 0; j < products; j++)
@@ -25,7 +26,9 @@ template <class E> E dot(const VecV& zn, const VecV& zm, const VecV& old, unsign
 }
 
 // The first element of e's 128-bit segment.
-template <class E> unsigned segment_start(unsigned e) { return e & ~(segment_bytes / sizeof(E) - 1); }
+template <class E> unsigned segment_start(unsigned e) {
+  return e & ~(segment_bytes / sizeof(E) - 1);
+}
 
 }  // namespace
 

@@ -16,7 +16,7 @@
 #define MODEL_NOTHING()
 #define MODEL_DECLARE(type, operation, result, operands)                                           \
   extern "C" result Vec##type##operation(MODEL_PARAMETERS operands);
-#define MODEL_PARAMETERS(...) __VA_ARGS__ __VA_OPT__(, ) CpuContext *context
+#define MODEL_PARAMETERS(...) __VA_ARGS__ __VA_OPT__(, ) CpuContext* context
 
 // Rescans often enough for thirty operations.
 #define MODEL_EXPAND(...) MODEL_EXPAND_1(MODEL_EXPAND_1(MODEL_EXPAND_1(__VA_ARGS__)))

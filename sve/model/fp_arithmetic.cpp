@@ -69,7 +69,8 @@ FP_PLAIN_BINARY(MulVVX, (F16, F32, D64), FPMul(a, b, fpscr))
 
 // The operation, its types, the constants of immediate 0 and 1, and the expression of a and b, the
 // constant.
-#define FP_CONSTANT(operation, ...) SVE_EACH(FP_CONSTANT_FUNCTION, operation, (F16, F32, D64), __VA_ARGS__)
+#define FP_CONSTANT(operation, ...)                                                                \
+  SVE_EACH(FP_CONSTANT_FUNCTION, operation, (F16, F32, D64), __VA_ARGS__)
 #define FP_CONSTANT_FUNCTION(type, operation, constant_0, constant_1, ...)                         \
   MODEL_DEFINE(type, operation, VecV, (VecV old, PredV pg, uint64_t imm)) {                        \
     using E = model::type;                                                                         \

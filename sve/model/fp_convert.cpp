@@ -22,9 +22,8 @@ FP_MERGING(FRIntZVM, (F16, F32, D64), FPRoundInt(b, FPRounding_ZERO, false, fpsc
   MODEL_DEFINE(type, operation, VecV, (VecV old, PredV pg, VecV zn)) {                             \
     return merge<Container>(old, pg, context, [&](unsigned e) -> Container {                       \
       const auto x = static_cast<From>(get<Container>(zn, e));                                     \
-      return conversion_step(context, [&](FPSCR& fpscr) {                                          \
-        return FPConvert<To>(x, FPRoundingMode(fpscr), fpscr);                                     \
-      });                                                                                          \
+      return conversion_step(                                                                      \
+          context, [&](FPSCR& fpscr) { return FPConvert<To>(x, FPRoundingMode(fpscr), fpscr); });  \
     });                                                                                            \
   }
 #define INTEGER_TO_FP(type, operation, Container, From, To)                                        \

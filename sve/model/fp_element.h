@@ -29,9 +29,7 @@ template <class Operation> inline auto conversion_step(CpuContext* context, Oper
   return result;
 }
 
-template <class E> constexpr E magnitude(E x) {
-  return static_cast<E>(x & ~FPFormat<E>::sign_bit);
-}
+template <class E> constexpr E magnitude(E x) { return static_cast<E>(x & ~FPFormat<E>::sign_bit); }
 
 // The element of that number in e's 128-bit segment.
 template <class E> inline E get_indexed(const VecV& vector, unsigned e, uint64_t index) {
@@ -72,7 +70,7 @@ template <class E> inline E get_indexed(const VecV& vector, unsigned e, uint64_t
     using E = model::type;                                                                         \
     return map<E>(context, [&](unsigned e) {                                                       \
       const E x = get<E>(zn, e);                                                                   \
-      return step(context, [&](FPSCR& fpscr) -> E { return __VA_ARGS__; });       \
+      return step(context, [&](FPSCR& fpscr) -> E { return __VA_ARGS__; });                        \
     });                                                                                            \
   }
 #define FP_PLAIN_BINARY(operation, types, ...)                                                     \

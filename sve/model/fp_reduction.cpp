@@ -24,9 +24,8 @@ E tree(const PredV& pg, const VecV& zn, CpuContext* context, E identity, Operati
     nodes[e] = e < n && active<E>(pg, e) ? get<E>(zn, e) : identity;
   for (; width > 1; width /= 2)
     for (unsigned i = 0; i < width / 2; i++)
-      nodes[i] = step(context, [&](FPSCR& fpscr) {
-        return operation(nodes[2 * i], nodes[2 * i + 1], fpscr);
-      });
+      nodes[i] = step(
+          context, [&](FPSCR& fpscr) { return operation(nodes[2 * i], nodes[2 * i + 1], fpscr); });
   return nodes[0];
 }
 
@@ -40,8 +39,7 @@ template <class E> constexpr E minus_infinity = FPFormat<E>::with_sign(1, FPForm
 #define FP_REDUCTION_FUNCTION(type, operation, identity, ...)                                      \
   MODEL_DEFINE(type, operation, uint64_t, (PredV pg, VecV zn)) {                                   \
     using E = model::type;                                                                         \
-    return tree<E>(pg, zn, context, identity,                                                      \
-                   [](E a, E b, FPSCR& fpscr) { return __VA_ARGS__; });                            \
+    return tree<E>(pg, zn, context, identity, [](E a, E b, FPSCR& fpscr) { return __VA_ARGS__; }); \
   }
 
 FP_REDUCTION(AddReduceFV, 0, FPAdd(a, b, fpscr))

@@ -41,8 +41,7 @@ template <class E> uint64_t zero_extended(const VecV& offsets, unsigned e) {
 #define STORE_UNSCALED(type, operation, msize, offset)                                             \
   MODEL_DEFINE(type, operation, void, (PredV pg, VecV offsets, uint64_t base, VecV data)) {        \
     using E = model::type;                                                                         \
-    store<E, msize>(pg, data, context,                                                             \
-                    [&](unsigned e) { return base + offset<E>(offsets, e); });                     \
+    store<E, msize>(pg, data, context, [&](unsigned e) { return base + offset<E>(offsets, e); });  \
   }
 #define STORE_SCALED(type, operation, msize, offset)                                               \
   MODEL_DEFINE(type, operation, void, (PredV pg, uint64_t base, VecV offsets, VecV data)) {        \

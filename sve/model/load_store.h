@@ -87,6 +87,11 @@ MODEL_FUNCTIONS(void, (PredV pg, uint64_t base, uint64_t index, VecV data), (U8)
 MODEL_FUNCTIONS(void, (PredV pg, uint64_t base, uint64_t index, VecV data), (U16), CStoreNT2LSSZ)
 MODEL_FUNCTIONS(void, (PredV pg, uint64_t base, uint64_t index, VecV data), (U32), CStoreNT4LSSZ)
 
+// Complete types, as functions of C linkage want them.
+template struct VecGroup<2>;
+template struct VecGroup<3>;
+template struct VecGroup<4>;
+
 // Structures: the members of one structure are the same elements of two to four registers.
 #define MODEL_STRUCTURES(type, digit)                                                              \
   MODEL_FUNCTIONS(VecGroup<2>, (PredV pg, uint64_t base, uint64_t imm), (type), E2Load##digit##SIZ) \

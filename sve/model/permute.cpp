@@ -78,17 +78,15 @@ template <class E> VecV compress(const PredV& pg, const VecV& zn, const CpuConte
   SVE_EACH(REARRANGE_PREDICATES, operation##PP, (P8, P16, P32, P64), __VA_ARGS__)
 #define REARRANGE_VECTORS(type, operation, ...)                                                    \
   MODEL_DEFINE(type, operation, VecV, (VecV zn, VecV zm)) {                                        \
-    return rearrange<model::type>(zn, zm, context,                                                 \
-                                  []([[maybe_unused]] unsigned e, [[maybe_unused]] unsigned n) {   \
-                                    return __VA_ARGS__;                                            \
-                                  });                                                              \
+    return rearrange<model::type>(                                                                 \
+        zn, zm, context,                                                                           \
+        []([[maybe_unused]] unsigned e, [[maybe_unused]] unsigned n) { return __VA_ARGS__; });     \
   }
 #define REARRANGE_PREDICATES(type, operation, ...)                                                 \
   MODEL_DEFINE(type, operation, PredV, (PredV pn, PredV pm)) {                                     \
-    return rearrange<model::type>(pn, pm, context,                                                 \
-                                  []([[maybe_unused]] unsigned e, [[maybe_unused]] unsigned n) {   \
-                                    return __VA_ARGS__;                                            \
-                                  });                                                              \
+    return rearrange<model::type>(                                                                 \
+        pn, pm, context,                                                                           \
+        []([[maybe_unused]] unsigned e, [[maybe_unused]] unsigned n) { return __VA_ARGS__; });     \
   }
 
 REARRANGEMENT(Zip1, e % 2 * n + e / 2)
@@ -146,7 +144,6 @@ PredV VecPUnpackHiP(PredV pn, CpuContext* context) {
 
 // A position beyond the vector counts as 0.
 VecV VecU8SlideVI(VecV old, VecV zm, uint64_t position, CpuContext* context) {
-  const unsigned start =
-      position < vector_bytes(context) ? static_cast<unsigned>(position) : 0;
+  const unsigned start = position < vector_bytes(context) ? static_cast<unsigned>(position) : 0;
   return rearrange<uint8_t>(old, zm, context, [&](unsigned e, unsigned) { return start + e; });
 }

@@ -83,7 +83,16 @@ void PredSetNZCV(PredV mask, PredV result, int esize, CpuContext* context) {
 }
 
 uint32_t VecTrueILength(uint64_t pattern, int elements) {
-  enum : uint64_t { pow2 = 0, vl1 = 1, vl8 = 8, vl16 = 9, vl256 = 13, mul4 = 29, mul3 = 30, all = 31 };
+  enum : uint64_t {
+    pow2 = 0,
+    vl1 = 1,
+    vl8 = 8,
+    vl16 = 9,
+    vl256 = 13,
+    mul4 = 29,
+    mul3 = 30,
+    all = 31
+  };
   const auto n = static_cast<uint32_t>(elements);
   if (pattern == pow2)
     return n == 0 ? 1 : std::bit_floor(n);

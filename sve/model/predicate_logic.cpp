@@ -84,8 +84,7 @@ template <class E> PredV pattern_true(uint64_t pattern, const CpuContext* contex
 
 // The operation without and with flags, in bits a of pn and b of pm.
 #define PREDICATE_LOGIC(operation, ...)                                                            \
-  MODEL_DEFINE(P, operation##PPZ, PredV,                                                           \
-               (PredV pg, PredV pn, PredV pm)) {                                                   \
+  MODEL_DEFINE(P, operation##PPZ, PredV, (PredV pg, PredV pn, PredV pm)) {                         \
     static_cast<void>(context);                                                                    \
     return combine(pg, pn, pm, [](uint64_t a, uint64_t b) { return __VA_ARGS__; });                \
   }                                                                                                \
@@ -93,12 +92,12 @@ template <class E> PredV pattern_true(uint64_t pattern, const CpuContext* contex
     return with_flags(pg, VecP##operation##PPZ(pg, pn, pm, context), context);                     \
   }
 
-PREDICATE_LOGIC(And, a & b)
+PREDICATE_LOGIC(And, a& b)
 PREDICATE_LOGIC(Bic, a & ~b)
 PREDICATE_LOGIC(Or, a | b)
 PREDICATE_LOGIC(OrN, a | ~b)
 PREDICATE_LOGIC(Xor, a ^ b)
-PREDICATE_LOGIC(Nand, ~(a & b))
+PREDICATE_LOGIC(Nand, ~(a& b))
 PREDICATE_LOGIC(Nor, ~(a | b))
 
 PredV VecPSelPP(PredV pg, PredV pn, PredV pm, CpuContext*) {

@@ -31,8 +31,9 @@ constexpr SaturationPair SatQShift(WideInt i, int esize, int is_unsigned) {
   const SaturationPair pair = SatQ(i, esize, is_unsigned);
   if (pair.saturated == 0)
     return {bits(i), 0};
-  return is_unsigned == 0 && i < 0 ? SaturationPair{bits(-(static_cast<WideInt>(1) << (esize - 1))), 1}
-                                   : pair;
+  return is_unsigned == 0 && i < 0
+             ? SaturationPair{bits(-(static_cast<WideInt>(1) << (esize - 1))), 1}
+             : pair;
 }
 
 // i, shifted from a signed value, clamped to an unsigned one. esize: up to 32. In range the high

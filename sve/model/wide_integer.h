@@ -1,5 +1,5 @@
-// Exact integer arithmetic of the architecture's pseudocode: an element becomes an unbounded integer,
-// which 128 bits are, and only the final value is cut back. Nothing here fails.
+// Exact integer arithmetic of the architecture's pseudocode: an element becomes an unbounded
+// integer, which 128 bits are, and only the final value is cut back. Nothing here fails.
 #pragma once
 
 #include <utility>
@@ -51,7 +51,8 @@ constexpr WideInt ShiftLeftInt(WideInt a, WideInt n) {
   constexpr int limit = 64;
   if (n < 0)
     return ShiftRightInt(a, NegInt(n));
-  return static_cast<WideInt>(static_cast<WideBits>(a) << (n > limit ? limit : static_cast<int>(n)));
+  return static_cast<WideInt>(static_cast<WideBits>(a)
+                              << (n > limit ? limit : static_cast<int>(n)));
 }
 
 // a or b, whichever is the greater or smaller by its low esize bits, a if they are equal. The

@@ -1,7 +1,7 @@
 // The client's life: start, threads, exit and report.
 #include <gtest/gtest.h>
 
-#include <regex>
+#include <algorithm>
 
 #include "dr_api.h"
 #include "sve/client/cpu_state.h"
@@ -24,12 +24,17 @@ protected:
   void SetUp() override {
     runtime = {};
     runtime.modules = {{application, application + sizeof application, nullptr, "/a/b/prog"}};
-    exe = nullptr;
   }
   void TearDown() override {
     if (exe != nullptr)
       dr_free_module_data(exe);
+    exe = nullptr;
     EXPECT_EQ(runtime.modules_held, 0);
+  }
+
+  void reset() {
+    TearDown();
+    SetUp();
   }
 
   static void start(std::vector<const char*> arguments = {"client"}) {
@@ -40,11 +45,8 @@ protected:
     return captured_stderr([] { runtime.exit(); });
   }
 
-  static bool has_assertion(const std::string& expression) {
-    const std::regex form("ASSERT FAILURE: sve/client/sve_client:[1-9][0-9]*: (.*) \\(\\)\n");
-    std::smatch match;
-    return std::regex_match(runtime.errors, match, form) && match[1] == expression &&
-           runtime.calls.back() == "dr_abort";
+  static bool has_assertion(const char* expression) {
+    return fake::is_assertion(runtime.errors, expression) && runtime.calls.back() == "dr_abort";
   }
 };
 
@@ -85,14 +87,14 @@ TEST_F(Client, Starts) {
 TEST_F(Client, TakesNoArguments) {
   start({"client", "--"});
   EXPECT_EQ(runtime.calls, start_calls);
-  SetUp();
+  reset();
   start({"client", "--", "foo"});
   EXPECT_EQ(runtime.calls, start_calls);
-  SetUp();
+  reset();
   EXPECT_THROW(start({"client", "-foo"}), fake::aborted);
   EXPECT_EQ(runtime.errors, "Usage error: Unknown option: -foo\n");
   EXPECT_EQ(runtime.calls, start_until(start_calls[0]));
-  SetUp();
+  reset();
   EXPECT_THROW(start({"client", "", "--"}), fake::aborted);
   EXPECT_EQ(runtime.errors, "Usage error: Unknown option: \n");
 }
@@ -102,12 +104,12 @@ TEST_F(Client, AssertsItsStart) {
   EXPECT_THROW(start(), fake::aborted);
   EXPECT_TRUE(has_assertion("false")) << runtime.errors;
   EXPECT_EQ(runtime.calls, start_until("drmgr_init"));
-  SetUp();
+  reset();
   runtime.drreg_init_result = DRREG_ERROR;
   EXPECT_THROW(start(), fake::aborted);
   EXPECT_TRUE(has_assertion("false")) << runtime.errors;
   EXPECT_EQ(runtime.calls, start_until("drreg_init"));
-  SetUp();
+  reset();
   runtime.register_block_result = false;
   EXPECT_THROW(start(), fake::aborted);
   EXPECT_TRUE(has_assertion("false")) << runtime.errors;
@@ -153,7 +155,7 @@ TEST_F(Client, AssertsItsExit) {
   captured_stderr([] { EXPECT_THROW(runtime.exit(), fake::aborted); });
   EXPECT_TRUE(has_assertion("false")) << runtime.errors;
   EXPECT_EQ(std::count(runtime.calls.begin(), runtime.calls.end(), "drreg_exit"), 0);
-  SetUp();
+  reset();
   start();
   runtime.drreg_exit_result = DRREG_ERROR;
   captured_stderr([] { EXPECT_THROW(runtime.exit(), fake::aborted); });

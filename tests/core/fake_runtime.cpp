@@ -1,6 +1,7 @@
 #include "tests/core/fake_runtime.h"
 
 #include <cstdarg>
+#include <cstdio>
 #include <cstdlib>
 
 namespace fake {
@@ -19,6 +20,14 @@ module_data_t* hand_out(const module_data_t& module) {
 Thread& thread_of(void* drcontext) { return *static_cast<Thread*>(drcontext); }
 
 }  // namespace
+
+bool is_assertion(const std::string& text, const char* expression) {
+  int line = 0;
+  int end = 0;
+  sscanf(text.c_str(), "ASSERT FAILURE: sve/client/sve_client:%d:%n", &line, &end);
+  return line > 0 && text.substr(end) == std::string(" ") + expression + " ()\n";
+}
+
 }  // namespace fake
 
 using namespace fake;

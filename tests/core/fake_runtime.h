@@ -45,6 +45,9 @@ struct Runtime {
 
 extern Runtime runtime;
 
+// Whether the text is one failed assertion of the client's, of this expression.
+bool is_assertion(const std::string& text, const char* expression);
+
 inline constexpr int client_field = 5;  // the index that the client is given
 
 // A block's tag is the address of one.

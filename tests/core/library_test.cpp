@@ -50,6 +50,8 @@ DynamicSymbols read_dynamic_symbols(const char* path) {
     for (size_t at = sizeof(Elf64_Sym); at < section.sh_size; at += sizeof(Elf64_Sym)) {
       Elf64_Sym symbol;
       memcpy(&symbol, image.data() + section.sh_offset + at, sizeof symbol);
+      if (ELF64_ST_TYPE(symbol.st_info) == STT_SECTION)
+        continue;  // the linker's own, without a name
       Names& where = symbol.st_shndx != SHN_UNDEF                ? symbols.defined
                      : ELF64_ST_BIND(symbol.st_info) == STB_WEAK ? symbols.weak_undefined
                                                                  : symbols.undefined;

@@ -13,22 +13,27 @@ static __attribute__((noinline)) void in_parent(void) { __asm__ volatile("ptrue 
 static volatile int running;
 
 static void* endless(void* unused) {
-  for (;; running = 1) __asm__ volatile("ptrue p1.d");
+  for (;; running = 1)
+    __asm__ volatile("ptrue p1.d");
   return unused;
 }
 
 int main(void) {
-  for (int i = 0; i < BEFORE; i++) before_fork();
+  for (int i = 0; i < BEFORE; i++)
+    before_fork();
   const pid_t child = fork();
   if (child == 0) {
-    for (int i = 0; i < CHILD; i++) in_child();
+    for (int i = 0; i < CHILD; i++)
+      in_child();
     return 0;
   }
   int status = 1;
   waitpid(child, &status, 0);
-  for (int i = 0; i < PARENT; i++) in_parent();
+  for (int i = 0; i < PARENT; i++)
+    in_parent();
   pthread_t thread;
-  if (pthread_create(&thread, NULL, endless, NULL) != 0) return 1;
+  if (pthread_create(&thread, NULL, endless, NULL) != 0)
+    return 1;
   while (!running) {
   }
   return status;

@@ -5,6 +5,7 @@ import shutil
 import subprocess
 import sys
 import tempfile
+import time
 
 SCRIPT = os.path.join(os.path.dirname(os.path.abspath(__file__)), "..", "..", "tools", "gdb",
                       "tavok-gdb.py")
@@ -26,11 +27,20 @@ def gdb_program(host):
     return found
 
 
+def wait_for(path):
+    for _ in range(PATIENCE * 10):
+        if os.path.exists(path):
+            return
+        time.sleep(0.1)
+    sys.exit("the simulator opens no port for gdb")
+
+
 def run(host, command, gdb_arguments, directory=None):
     """What gdb printed, errors among it, when it debugged the command. The arguments begin when
     gdb is connected, or has the program but has not started it."""
     with tempfile.TemporaryDirectory() as scratch:
-        environment = dict(os.environ, DEBUGINFOD_URLS="", ASAN_OPTIONS="detect_leaks=0")
+        environment = dict(os.environ, PYTHONDONTWRITEBYTECODE="1", DEBUGINFOD_URLS="",
+                           ASAN_OPTIONS="detect_leaks=0")
         line = [gdb_program(host), "-nx", "-q", "-batch", "-ex", "set confirm off",
                 "-ex", "set style enabled off"]
         simulator = None
@@ -41,13 +51,8 @@ def run(host, command, gdb_arguments, directory=None):
                                          stderr=subprocess.DEVNULL, cwd=directory)
             if "-L" in host:
                 line += ["-ex", "set sysroot " + host[host.index("-L") + 1]]
-            line += ["-ex", "file " + command[0], "-ex", "set tcp connect-timeout 30",
-                     "-ex", "python wait_for('%s')" % socket, "-ex", "target remote " + socket]
-            waiting = os.path.join(scratch, "wait.py")
-            with open(waiting, "w", encoding="utf-8") as file:
-                file.write("import os, time\ndef wait_for(path):\n"
-                           "    while not os.path.exists(path): time.sleep(0.05)\n")
-            line[5:5] = ["-x", waiting]
+            wait_for(socket)
+            line += ["-ex", "file " + command[0], "-ex", "target remote " + socket]
             line += gdb_arguments
         else:
             line += gdb_arguments + ["--args", *command]

@@ -8,7 +8,7 @@ namespace {
 
 using fixture::Random;
 
-constexpr uint32_t fpsr_flags = 0x0800009f;   // QC and the cumulative exceptions
+constexpr uint32_t fpsr_flags = 0x0800009f;     // QC and the cumulative exceptions
 constexpr uint32_t fpcr_controls = 0x03c00000;  // DN, FZ and RMode
 
 // What the tail of a memory row's name says of its addresses.
@@ -57,8 +57,8 @@ uint64_t small_offset(Random& random) { return random() % 65 - 32; }
 void fill_offsets(Random& random, uint8_t* slot, std::string_view name, unsigned width) {
   const bool words = name.find("XVS") != name.npos || name.find("YVS") != name.npos ||
                      name.find("XSV") != name.npos || name.find("YSV") != name.npos;
-  const bool zero_extended = name.find("YVS") != name.npos || name.find("YSV") != name.npos ||
-                             (width == 4 && !words);
+  const bool zero_extended =
+      name.find("YVS") != name.npos || name.find("YSV") != name.npos || (width == 4 && !words);
   for (unsigned i = 0; i < vector_bytes / width; i++) {
     uint64_t offset = zero_extended ? random() % 64 : small_offset(random);
     if (words)
@@ -74,8 +74,9 @@ void fill_addresses(Case& chosen, const Row& row, Random& random, const Memory& 
     return;
   const unsigned n = bits_of(chosen.word, 5), m = bits_of(chosen.word, 16);
   if (kind == Addresses::vector) {
-    for (unsigned i = 0; i < 2; i++)
-      fixture::set_lane(chosen.state.z[n], 8, i, memory.middle() + small_offset(random) * 8);
+    const unsigned width = width_of(name);
+    for (unsigned i = 0; i < vector_bytes / width; i++)
+      fixture::set_lane(chosen.state.z[n], width, i, memory.middle() + small_offset(random) * 8);
     return;
   }
   if (kind == Addresses::base_index && n == m && n != 31)  // no such address could be valid
@@ -116,9 +117,18 @@ uint64_t interesting_fp(Random& random, unsigned width) {
   const unsigned exponent_bits = 8 * width - 1 - fraction_bits;
   const uint64_t infinite = (1ull << exponent_bits) - 1, bias = infinite / 2;
   const uint64_t ones = (1ull << fraction_bits) - 1, top = 1ull << (fraction_bits - 1);
-  const uint64_t exponents[] = {0,        0,        1,        infinite,
-                                infinite, bias,     bias - 1, infinite - 1,
-                                bias + 1, bias + 2, bias + fraction_bits, bias + 8 * width - 1};
+  const uint64_t exponents[] = {0,
+                                0,
+                                1,
+                                infinite,
+                                infinite,
+                                bias,
+                                bias - 1,
+                                infinite - 1,
+                                bias + 1,
+                                bias + 2,
+                                bias + fraction_bits,
+                                bias + 8 * width - 1};
   const uint64_t fractions[] = {0, 0, 0, 1, top, top | 1, top - 1, ones, ones - 1};
   const uint64_t exponent_choice = random() % 16, fraction_choice = random() % 14;
   const uint64_t exponent = exponent_choice < std::size(exponents)

@@ -9,7 +9,8 @@
 
 namespace tiers {
 
-// Application memory of a case. Every address of a case lies well inside of it.
+// Application memory of a case. Every address of a case lies well inside of it. Rows with vectors
+// of 32-bit addresses need memory that such an address reaches.
 struct Memory {
   static constexpr size_t size = 16384;
   alignas(64) std::array<uint8_t, size> bytes;

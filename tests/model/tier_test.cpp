@@ -84,8 +84,8 @@ testing::AssertionResult agree(const Row& row, const TwinRow& twin, const tiers:
   }
   for (const unsigned low : {10, 16}) {
     const unsigned i = chosen.word >> low & 15;
-    failure << "\npredicate " << i << " or " << i % 8 << ": "
-            << fixture::hex(chosen.state.p[i]) << " or " << fixture::hex(chosen.state.p[i % 8]);
+    failure << "\npredicate " << i << " or " << i % 8 << ": " << fixture::hex(chosen.state.p[i])
+            << " or " << fixture::hex(chosen.state.p[i % 8]);
   }
   return failure;
 }

@@ -17,15 +17,15 @@ using kernels::Numbers;
 
 namespace {
 
-template <class T>
-void print(const char* name, const std::vector<T>& values) {
+template <class T> void print(const char* name, const std::vector<T>& values) {
   kernels::print_line<T>(name, kernels::hash_bytes(values.data(), values.size() * sizeof(T)));
 }
 
 std::vector<uint32_t> random_words(size_t n, uint64_t seed) {
   Numbers numbers(seed);
   std::vector<uint32_t> words(n);
-  for (uint32_t& word : words) word = numbers.any<uint32_t>();
+  for (uint32_t& word : words)
+    word = numbers.any<uint32_t>();
   return words;
 }
 
@@ -70,7 +70,8 @@ size_t search(const uint32_t* values, size_t n, uint32_t wanted) {
   for (size_t i = 0; i < n; i += svcntw()) {
     const svbool_t some = svwhilelt_b32(i, n);
     const svbool_t hits = svcmpeq(some, svld1(some, values + i), wanted);
-    if (svptest_any(some, hits)) return i + svcntp_b32(some, svbrkb_z(some, hits));
+    if (svptest_any(some, hits))
+      return i + svcntp_b32(some, svbrkb_z(some, hits));
   }
   return n;
 }
@@ -102,19 +103,22 @@ size_t search(const uint32_t* values, size_t n, uint32_t wanted) {
 }
 
 void chain(uint32_t* table, size_t size, const uint32_t* values, size_t n) {
-  for (size_t i = 0; i < n; i++) table[values[i] % size] = table[values[i] % size] * 33 + values[i];
+  for (size_t i = 0; i < n; i++)
+    table[values[i] % size] = table[values[i] % size] * 33 + values[i];
 }
 
 #endif
 
 void quicksort(uint32_t* values, uint32_t* spare, size_t n) {
-  if (n < 2) return;
+  if (n < 2)
+    return;
   const uint32_t pivot = values[n / 2];
   const size_t low = partition(values, spare, n, pivot);
   quicksort(values, spare, low);
   // What equals the pivot comes first in the upper part, by one more pass.
   const size_t equal = partition(values + low, spare, n - low, pivot + 1);
-  if (pivot != UINT32_MAX) quicksort(values + low + equal, spare, n - low - equal);
+  if (pivot != UINT32_MAX)
+    quicksort(values + low + equal, spare, n - low - equal);
 }
 
 void sort_and_search() {
@@ -137,7 +141,8 @@ void sieve() {
   std::vector<uint8_t> composite(4000);
   for (size_t i = 2; i * i < composite.size(); i++)
     if (!composite[i])
-      for (size_t k = i * i; k < composite.size(); k += i) composite[k] = 1;
+      for (size_t k = i * i; k < composite.size(); k += i)
+        composite[k] = 1;
   uint32_t primes = 0, sum = 0;
   for (size_t i = 2; i < composite.size(); i++) {
     primes += !composite[i];
@@ -151,7 +156,8 @@ void life() {
   static uint8_t cells[side + 2][side + 2], next[side + 2][side + 2];
   Numbers numbers(11);
   for (int y = 1; y <= side; y++)
-    for (int x = 1; x <= side; x++) cells[y][x] = numbers.next() >> 63;
+    for (int x = 1; x <= side; x++)
+      cells[y][x] = numbers.next() >> 63;
   for (int step = 0; step < 20; step++) {
     for (int y = 1; y <= side; y++)
       for (int x = 1; x <= side; x++) {
@@ -176,7 +182,8 @@ void matrices() {
   }
   for (int i = 0; i < n; i++)
     for (int k = 0; k < n; k++)
-      for (int j = 0; j < n; j++) c[i][j] += a[i][k] * b[k][j];
+      for (int j = 0; j < n; j++)
+        c[i][j] += a[i][k] * b[k][j];
   kernels::print_line<int32_t>("matrix product", kernels::hash_bytes(c, sizeof c));
 }
 
@@ -212,7 +219,8 @@ void checksums() {
 
 void text() {
   std::string line = "The quick brown fox jumps over the lazy dog, 0123456789 times!";
-  for (int i = 0; i < 3; i++) line += line;
+  for (int i = 0; i < 3; i++)
+    line += line;
   size_t blanks = 0;
   for (char& c : line) {
     blanks += c == ' ';

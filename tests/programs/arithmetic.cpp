@@ -8,14 +8,11 @@ using kernels::map;
 
 namespace {
 
-template <class T>
-constexpr int bits = 8 * sizeof(T);
+template <class T> constexpr int bits = 8 * sizeof(T);
 
-template <class T>
-using Unsigned = std::make_unsigned_t<T>;
+template <class T> using Unsigned = std::make_unsigned_t<T>;
 
-template <class T>
-void sums_and_products() {
+template <class T> void sums_and_products() {
   map<T>("add", [](T x, T y, T) -> T { return x + y; });
   map<T>("subtract", [](T x, T y, T) -> T { return x - y; });
   map<T>("add immediate", [](T x, T, T) -> T { return x + 77; });
@@ -30,8 +27,7 @@ void sums_and_products() {
   map<T>("polynomial", [](T x, T y, T) -> T { return ((x * 3 + y) * x - 7) * x + y; });
 }
 
-template <class T>
-void choices() {
+template <class T> void choices() {
   map<T>("minimum", [](T x, T y, T) -> T { return x < y ? x : y; });
   map<T>("maximum", [](T x, T y, T) -> T { return x < y ? y : x; });
   map<T>("clamp", [](T x, T, T) -> T { return x < 3 ? T(3) : x > 90 ? T(90) : x; });
@@ -48,14 +44,14 @@ void choices() {
   map<T>("shift under a condition", [](T x, T y, T z) -> T { return y < z ? x >> 3 : x; });
   map<T>("saturating add", [](T x, T y, T) -> T {
     const T sum = x + y;
-    if constexpr (std::is_unsigned_v<T>) return sum < x ? T(-1) : sum;
+    if constexpr (std::is_unsigned_v<T>)
+      return sum < x ? T(-1) : sum;
     const T limit = x < 0 ? std::numeric_limits<T>::min() : std::numeric_limits<T>::max();
     return ((x ^ sum) & (y ^ sum)) < 0 ? limit : sum;
   });
 }
 
-template <class T>
-void bit_operations() {
+template <class T> void bit_operations() {
   map<T>("and", [](T x, T y, T) -> T { return x & y; });
   map<T>("or", [](T x, T y, T) -> T { return x | y; });
   map<T>("exclusive or", [](T x, T y, T) -> T { return x ^ y; });
@@ -79,8 +75,7 @@ void bit_operations() {
   });
 }
 
-template <class T>
-void shifts() {
+template <class T> void shifts() {
   map<T>("shift left", [](T x, T y, T) -> T { return x << (y & (bits<T> - 1)); });
   map<T>("shift right", [](T x, T y, T) -> T { return x >> (y & (bits<T> - 1)); });
   map<T>("logical shift right",
@@ -89,14 +84,11 @@ void shifts() {
   map<T>("shift left to the top", [](T x, T, T) -> T { return x << (bits<T> - 1); });
   map<T>("shift right by 1", [](T x, T, T) -> T { return x >> 1; });
   map<T>("shift right to the sign", [](T x, T, T) -> T { return x >> (bits<T> - 1); });
-  map<T>("rotate", [](T x, T, T) -> T {
-    return x << 3 | Unsigned<T>(x) >> (bits<T> - 3);
-  });
+  map<T>("rotate", [](T x, T, T) -> T { return x << 3 | Unsigned<T>(x) >> (bits<T> - 3); });
   map<T>("average", [](T x, T y, T) -> T { return (x & y) + ((x ^ y) >> 1); });
 }
 
-template <class T>
-void divisions() {
+template <class T> void divisions() {
   map<T>("divide by 2", [](T x, T, T) -> T { return x / 2; });
   map<T>("divide by a power of two", [](T x, T, T) -> T { return x / 32; });
   map<T>("remainder of a power of two", [](T x, T, T) -> T { return x % 16; });
@@ -107,8 +99,7 @@ void divisions() {
   map<T>("divide a constant", [](T x, T, T) -> T { return T(120) / (x == 0 ? T(1) : x); });
 }
 
-template <class T>
-void all() {
+template <class T> void all() {
   sums_and_products<T>();
   choices<T>();
   bit_operations<T>();

@@ -20,7 +20,8 @@ namespace {
 
 // Keeps vectors and predicates alive over the calls, and itself over its own calls.
 [[gnu::noipa]] svuint32_t descend(svbool_t g, svuint32_t a, svuint32_t b, int depth) {
-  if (depth == 0) return sveor_x(svptrue_b32(), a, b);
+  if (depth == 0)
+    return sveor_x(svptrue_b32(), a, b);
   volatile char frame[depth * 3 + 1];
   frame[depth] = depth;
   const svbool_t other = svnot_z(svptrue_b32(), g);
@@ -53,33 +54,36 @@ uint64_t registers(const uint32_t* a) {
     r[i] = svaddv(svcmpgt(all, z, 1000u * i), z) + svlastb(all, svadd_x(all, z, 1u * i));
   uint64_t sum = 0;
   // All of them are alive here.
-  asm volatile("" : "+r"(r[0]), "+r"(r[1]), "+r"(r[2]), "+r"(r[3]), "+r"(r[4]), "+r"(r[5]),
-               "+r"(r[6]), "+r"(r[7]), "+r"(r[8]), "+r"(r[9]), "+r"(r[10]), "+r"(r[11]),
-               "+r"(r[12]), "+r"(r[13]));
-  asm volatile("" : "+r"(r[14]), "+r"(r[15]), "+r"(r[16]), "+r"(r[17]), "+r"(r[18]), "+r"(r[19]),
-               "+r"(r[20]), "+r"(r[21]), "+r"(r[22]), "+r"(r[23]), "+r"(r[24]), "+r"(r[25]));
+  asm volatile(""
+               : "+r"(r[0]), "+r"(r[1]), "+r"(r[2]), "+r"(r[3]), "+r"(r[4]), "+r"(r[5]), "+r"(r[6]),
+                 "+r"(r[7]), "+r"(r[8]), "+r"(r[9]), "+r"(r[10]), "+r"(r[11]), "+r"(r[12]),
+                 "+r"(r[13]));
+  asm volatile(""
+               : "+r"(r[14]), "+r"(r[15]), "+r"(r[16]), "+r"(r[17]), "+r"(r[18]), "+r"(r[19]),
+                 "+r"(r[20]), "+r"(r[21]), "+r"(r[22]), "+r"(r[23]), "+r"(r[24]), "+r"(r[25]));
 #pragma GCC unroll 26
-  for (int i = 0; i < 26; i++) sum = sum * 7 + r[i];
+  for (int i = 0; i < 26; i++)
+    sum = sum * 7 + r[i];
   return sum;
 }
 
 // An emulated instruction whose result is the given register, among them the ones that the
 // exchange with the emulation treats in its own way.
-#define READS_INTO(number)                                                       \
-  {                                                                              \
-    uint64_t result;                                                             \
-    asm volatile("cntb x" #number ", mul3, mul #2\n\tmov %0, x" #number          \
-                 : "=r"(result)                                                  \
-                 :                                                               \
-                 : "x" #number);                                                 \
-    sum = sum * 3 + result;                                                      \
+#define READS_INTO(number)                                                                         \
+  {                                                                                                \
+    uint64_t result;                                                                               \
+    asm volatile("cntb x" #number ", mul3, mul #2\n\tmov %0, x" #number                            \
+                 : "=r"(result)                                                                    \
+                 :                                                                                 \
+                 : "x" #number);                                                                   \
+    sum = sum * 3 + result;                                                                        \
   }
 
 uint64_t every_register() {
   uint64_t sum = 0;
-  READS_INTO(0) READS_INTO(1) READS_INTO(17) READS_INTO(20) READS_INTO(21) READS_INTO(22)
-  READS_INTO(25) READS_INTO(26) READS_INTO(27) READS_INTO(28) READS_INTO(30)
-  return sum;
+  READS_INTO(0)
+  READS_INTO(1) READS_INTO(17) READS_INTO(20) READS_INTO(21) READS_INTO(22) READS_INTO(25)
+      READS_INTO(26) READS_INTO(27) READS_INTO(28) READS_INTO(30) return sum;
 }
 
 #else
@@ -87,16 +91,19 @@ uint64_t every_register() {
 constexpr int count = 4;
 
 void mix(const bool* g, const uint32_t* a, const uint32_t* b, uint32_t* d) {
-  for (int i = 0; i < count; i++) d[i] = a[i] * 31 + (g[i] ? b[i] : 0);
+  for (int i = 0; i < count; i++)
+    d[i] = a[i] * 31 + (g[i] ? b[i] : 0);
 }
 
 void descend(const bool* g, const uint32_t* a, const uint32_t* b, int depth, uint32_t* d) {
   if (depth == 0) {
-    for (int i = 0; i < count; i++) d[i] = a[i] ^ b[i];
+    for (int i = 0; i < count; i++)
+      d[i] = a[i] ^ b[i];
     return;
   }
   bool other[count];
-  for (int i = 0; i < count; i++) other[i] = !g[i];
+  for (int i = 0; i < count; i++)
+    other[i] = !g[i];
   uint32_t mixed[count], low[count], high[count];
   mix(g, a, b, mixed);
   descend(other, b, mixed, depth - 1, low);
@@ -104,16 +111,19 @@ void descend(const bool* g, const uint32_t* a, const uint32_t* b, int depth, uin
     descend(g, low, a, depth / 2, high);
   else
     mix(other, low, a, high);
-  for (int i = 0; i < count; i++) d[i] = low[i] + (other[i] ? high[i] : depth);
+  for (int i = 0; i < count; i++)
+    d[i] = low[i] + (other[i] ? high[i] : depth);
 }
 
 void work(uint32_t* out, const uint32_t* a, const uint32_t* b, int depth) {
   bool g[count];
-  for (int i = 0; i < count; i++) g[i] = a[i] < b[i];
+  for (int i = 0; i < count; i++)
+    g[i] = a[i] < b[i];
   uint32_t r[count];
   descend(g, a, b, depth, r);
   if (depth & 1)
-    for (int i = 0; i < count; i++) out[i] = g[i] && b[i] < r[i] ? b[i] : r[i];
+    for (int i = 0; i < count; i++)
+      out[i] = g[i] && b[i] < r[i] ? b[i] : r[i];
   else
     mix(g, r, b, out);
 }
@@ -124,7 +134,8 @@ uint64_t registers(const uint32_t* a) {
     uint64_t r = a[3] + static_cast<uint32_t>(i);
     r = static_cast<uint32_t>(r);
     for (int k = 0; k < count; k++)
-      if (a[k] > 1000u * i) r += a[k];
+      if (a[k] > 1000u * i)
+        r += a[k];
     sum = sum * 7 + r;
   }
   return sum;
@@ -132,7 +143,8 @@ uint64_t registers(const uint32_t* a) {
 
 uint64_t every_register() {
   uint64_t sum = 0;
-  for (int i = 0; i < 11; i++) sum = sum * 3 + 15 * 2;
+  for (int i = 0; i < 11; i++)
+    sum = sum * 3 + 15 * 2;
   return sum;
 }
 

@@ -1,4 +1,5 @@
 // Prints how many SVE instructions it executes, which the report must repeat exactly.
+#include <pthread.h>
 #include <stdint.h>
 #include <stdio.h>
 
@@ -8,7 +9,13 @@ void counted_while(uint64_t n);
 void counted_calls(uint64_t n);
 void counted_none(void);
 
-enum { VECTOR_BYTES = 16 };
+enum { VECTOR_BYTES = 16, THREADS = 5, ROUNDS = 150 };
+
+static void* on_a_thread(void* unused) {
+  counted_block(ROUNDS);
+  counted_calls(ROUNDS);
+  return unused;
+}
 
 int main(void) {
   uint64_t expected = 0;
@@ -23,6 +30,12 @@ int main(void) {
   counted_calls(300);
   expected += 300 * 3;
   counted_none();
+  pthread_t threads[THREADS];
+  for (int i = 0; i < THREADS; i++)
+    pthread_create(&threads[i], NULL, on_a_thread, NULL);
+  for (int i = 0; i < THREADS; i++)
+    pthread_join(threads[i], NULL);
+  expected += THREADS * ROUNDS * (3 + 3);
   printf("%llu\n", (unsigned long long)expected);
   return 0;
 }

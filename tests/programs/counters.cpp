@@ -10,8 +10,7 @@ using namespace lanes;
 namespace {
 
 // What saturates: the exact result, cut to the type.
-template <class T>
-T saturate(__int128 value) {
+template <class T> T saturate(__int128 value) {
   const __int128 low = std::numeric_limits<T>::min(), high = std::numeric_limits<T>::max();
   return static_cast<T>(value < low ? low : value > high ? high : value);
 }
@@ -32,40 +31,46 @@ uint64_t pattern_counts() {
 
 Predicate pattern(int which) {
   switch (which) {
-    case 0: return store(svptrue_pat_b8(SV_MUL3));
-    case 1: return store(svptrue_pat_b8(SV_VL7));
-    case 2: return store(svptrue_pat_b16(SV_POW2));
-    case 3: return store(svptrue_pat_b16(SV_VL5));
-    case 4: return store(svptrue_pat_b32(SV_VL3));
-    case 5: return store(svptrue_pat_b64(SV_VL4));
-    default: return store(svptrue_pat_b64(SV_VL1));
+  case 0:
+    return store(svptrue_pat_b8(SV_MUL3));
+  case 1:
+    return store(svptrue_pat_b8(SV_VL7));
+  case 2:
+    return store(svptrue_pat_b16(SV_POW2));
+  case 3:
+    return store(svptrue_pat_b16(SV_VL5));
+  case 4:
+    return store(svptrue_pat_b32(SV_VL3));
+  case 5:
+    return store(svptrue_pat_b64(SV_VL4));
+  default:
+    return store(svptrue_pat_b64(SV_VL1));
   }
 }
 
-template <class T>
-T step_scalar(T x) {
+template <class T> T step_scalar(T x) {
   x = svqincb(x, 3);
   x = svqdech_pat(x, SV_VL5, 2);
   x = svqincw_pat(x, SV_MUL3, 16);
   return svqdecd(x, 1);
 }
 
-template <class T>
-T step_by_predicate(const Predicate& g, T x) {
+template <class T> T step_by_predicate(const Predicate& g, T x) {
   return svqdecp_b16(svqincp_b8(x, load(g)), load(g));
 }
 
-template <class T>
-Vector<T> step_vector(const Predicate& g, const Vector<T>& a) {
+template <class T> Vector<T> step_vector(const Predicate& g, const Vector<T>& a) {
   const svbool_t pg = load(g);
   const auto za = load(a);
-  if constexpr (sizeof(T) == 2) return store<T>(svqincp(svqdech(svqinch_pat(za, SV_MUL3, 4), 1), pg));
-  if constexpr (sizeof(T) == 4) return store<T>(svqdecp(svqdecw(svqincw_pat(za, SV_VL3, 4), 1), pg));
-  if constexpr (sizeof(T) == 8) return store<T>(svqincp(svqdecd(svqincd_pat(za, SV_ALL, 4), 1), pg));
+  if constexpr (sizeof(T) == 2)
+    return store<T>(svqincp(svqdech(svqinch_pat(za, SV_MUL3, 4), 1), pg));
+  if constexpr (sizeof(T) == 4)
+    return store<T>(svqdecp(svqdecw(svqincw_pat(za, SV_VL3, 4), 1), pg));
+  if constexpr (sizeof(T) == 8)
+    return store<T>(svqincp(svqdecd(svqincd_pat(za, SV_ALL, 4), 1), pg));
 }
 
-template <class T>
-Vector<T> saturating(const Vector<T>& a, const Vector<T>& b) {
+template <class T> Vector<T> saturating(const Vector<T>& a, const Vector<T>& b) {
   const auto za = load(a), zb = load(b);
   return store<T>(svqsub(svqadd(za, zb), svqadd(svqsub(zb, za), T(100))));
 }
@@ -96,45 +101,50 @@ uint64_t pattern_counts() {
 
 Predicate first_elements(int size, int n) {
   Predicate p{};
-  for (int i = 0; i < n; i++) p.bit[i * size] = 1;
+  for (int i = 0; i < n; i++)
+    p.bit[i * size] = 1;
   return p;
 }
 
 Predicate pattern(int which) {
   switch (which) {
-    case 0: return first_elements(1, 15);
-    case 1: return first_elements(1, 7);
-    case 2: return first_elements(2, 8);
-    case 3: return first_elements(2, 5);
-    case 4: return first_elements(4, 3);
-    case 5: return first_elements(8, limit(4, 2));
-    default: return first_elements(8, 1);
+  case 0:
+    return first_elements(1, 15);
+  case 1:
+    return first_elements(1, 7);
+  case 2:
+    return first_elements(2, 8);
+  case 3:
+    return first_elements(2, 5);
+  case 4:
+    return first_elements(4, 3);
+  case 5:
+    return first_elements(8, limit(4, 2));
+  default:
+    return first_elements(8, 1);
   }
 }
 
-template <class T>
-int set_elements(const Predicate& g) {
+template <class T> int set_elements(const Predicate& g) {
   int n = 0;
-  for (int i = 0; i < count<T>; i++) n += g.active<T>(i);
+  for (int i = 0; i < count<T>; i++)
+    n += g.active<T>(i);
   return n;
 }
 
-template <class T>
-T step_scalar(T x) {
+template <class T> T step_scalar(T x) {
   x = saturate<T>(__int128(x) + 16 * 3);
   x = saturate<T>(__int128(x) - 5 * 2);
   x = saturate<T>(__int128(x) + 3 * 16);
   return saturate<T>(__int128(x) - 2);
 }
 
-template <class T>
-T step_by_predicate(const Predicate& g, T x) {
+template <class T> T step_by_predicate(const Predicate& g, T x) {
   x = saturate<T>(__int128(x) + set_elements<uint8_t>(g));
   return saturate<T>(__int128(x) - set_elements<uint16_t>(g));
 }
 
-template <class T>
-Vector<T> step_vector(const Predicate& g, const Vector<T>& a) {
+template <class T> Vector<T> step_vector(const Predicate& g, const Vector<T>& a) {
   const int up = sizeof(T) == 2 ? 6 * 4 : sizeof(T) == 4 ? 3 * 4 : 2 * 4;
   const int by_predicate = sizeof(T) == 4 ? -set_elements<T>(g) : set_elements<T>(g);
   Vector<T> d;
@@ -146,8 +156,7 @@ Vector<T> step_vector(const Predicate& g, const Vector<T>& a) {
   return d;
 }
 
-template <class T>
-Vector<T> saturating(const Vector<T>& a, const Vector<T>& b) {
+template <class T> Vector<T> saturating(const Vector<T>& a, const Vector<T>& b) {
   Vector<T> d;
   for (int i = 0; i < count<T>; i++) {
     const T sum = saturate<T>(__int128(a.at[i]) + b.at[i]);
@@ -166,8 +175,7 @@ Vector<uint64_t> addresses(const Vector<uint64_t>& base, const Vector<int64_t>& 
 
 #endif
 
-template <class T>
-void scalars() {
+template <class T> void scalars() {
   check<T>("step", [](Numbers& some) { return step_scalar(some.any<T>()); });
   check<T>("step by a predicate", [](Numbers& some) {
     const Predicate g = any_predicate(some);
@@ -175,8 +183,7 @@ void scalars() {
   });
 }
 
-template <class T>
-void vectors() {
+template <class T> void vectors() {
   if constexpr (sizeof(T) > 1)
     check<T>("step a vector", [](Numbers& some) {
       const Predicate g = any_predicate(some);

@@ -19,22 +19,26 @@ struct Filter {
 struct Scale : Filter {
   explicit Scale(int f) : factor(f) {}
   void apply(std::vector<int>& values) const override {
-    for (int& value : values) value = value * factor + 1;
+    for (int& value : values)
+      value = value * factor + 1;
   }
   int factor;
 };
 
 struct Clip : Filter {
   void apply(std::vector<int>& values) const override {
-    for (int& value : values) value = value > 200 ? 200 : value < -200 ? -200 : value;
+    for (int& value : values)
+      value = value > 200 ? 200 : value < -200 ? -200 : value;
   }
 };
 
 struct Check : Filter {
   void apply(std::vector<int>& values) const override {
     int clipped = 0;
-    for (const int value : values) clipped += value == 200 || value == -200;
-    if (clipped > 15) throw std::runtime_error(std::to_string(clipped) + " are clipped");
+    for (const int value : values)
+      clipped += value == 200 || value == -200;
+    if (clipped > 15)
+      throw std::runtime_error(std::to_string(clipped) + " are clipped");
   }
 };
 
@@ -50,7 +54,8 @@ struct Leaving {
 [[gnu::noinline]] void run(const std::vector<std::unique_ptr<Filter>>& filters,
                            std::vector<int> values, std::string& log) {
   const Leaving leaving(log, values);
-  for (const auto& filter : filters) filter->apply(values);
+  for (const auto& filter : filters)
+    filter->apply(values);
 }
 
 }  // namespace
@@ -74,7 +79,8 @@ int main() {
     }
     std::cout << "step " << step << ": " << log << "\n";
   }
-  for (const auto& [outcome, times] : outcomes) std::cout << outcome << ": " << times << "\n";
+  for (const auto& [outcome, times] : outcomes)
+    std::cout << outcome << ": " << times << "\n";
   std::cerr << "on the error stream\n";
   return 43;
 }

@@ -11,30 +11,25 @@ using kernels::run;
 
 namespace {
 
-template <class T>
-using Bits = std::conditional_t<sizeof(T) == 4, uint32_t, uint64_t>;
+template <class T> using Bits = std::conditional_t<sizeof(T) == 4, uint32_t, uint64_t>;
 
 // Turns random bits into numbers: most of them ordinary, some special.
-template <class T>
-T number(Bits<T> bits) {
-  static const T special[] = {T(0),      -T(0),     T(1),     T(-1),    T(INFINITY), -T(INFINITY),
-                              T(0.5),    T(1e-38),  T(3e38),  T(1e-44), T(2147483648.0),
-                              T(-1e10),  T(65536),  T(0.1),   T(2.5),   T(-3.5)};
-  if (bits % 5 == 0) return special[bits / 5 % 16];
+template <class T> T number(Bits<T> bits) {
+  static const T special[] = {T(0),     -T(0),    T(1),    T(-1),    T(INFINITY),     -T(INFINITY),
+                              T(0.5),   T(1e-38), T(3e38), T(1e-44), T(2147483648.0), T(-1e10),
+                              T(65536), T(0.1),   T(2.5),  T(-3.5)};
+  if (bits % 5 == 0)
+    return special[bits / 5 % 16];
   const T value = static_cast<T>(static_cast<int32_t>(bits)) / T(bits % 7 == 0 ? 65537 : 1000003);
   return value;
 }
 
 // One pattern for all not-a-numbers: which operand's payload a result carries depends on the order
 // in which the compiler writes a commutative operation.
-template <class T>
-T plain_nan(T x) {
-  return x != x ? T(NAN) : x;
-}
+template <class T> T plain_nan(T x) { return x != x ? T(NAN) : x; }
 
 // out[i] = f(x, y, z) on numbers made of the arrays' bits.
-template <class T, class Function>
-void map(const char* name, Function f) {
+template <class T, class Function> void map(const char* name, Function f) {
   run<Bits<T>, Bits<T>>(name, [f](Bits<T>* __restrict out, const Bits<T>* __restrict a,
                                   const Bits<T>* __restrict b, long n) {
     static T x[kernels::room], y[kernels::room], z[kernels::room];
@@ -45,16 +40,17 @@ void map(const char* name, Function f) {
     }
     kernels::call<T, T>(
         [f](T* __restrict to, const T* __restrict p, const T* __restrict q, long count) {
-          for (long i = 0; i < count; i++) to[i] = f(p[i], q[i], to[i]);
+          for (long i = 0; i < count; i++)
+            to[i] = f(p[i], q[i], to[i]);
         },
         z, x, y, n);
-    for (int i = 0; i < kernels::room; i++) z[i] = plain_nan(z[i]);
+    for (int i = 0; i < kernels::room; i++)
+      z[i] = plain_nan(z[i]);
     memcpy(out, z, sizeof z);
   });
 }
 
-template <class T, class Function>
-void fold(const char* name, Function f) {
+template <class T, class Function> void fold(const char* name, Function f) {
   run<Bits<T>, Bits<T>>(name, [f](Bits<T>* __restrict out, const Bits<T>* __restrict a,
                                   const Bits<T>* __restrict b, long n) {
     static T x[kernels::room], y[kernels::room];
@@ -67,8 +63,7 @@ void fold(const char* name, Function f) {
   });
 }
 
-template <class T>
-void arithmetic() {
+template <class T> void arithmetic() {
   map<T>("add", [](T x, T y, T) { return x + y; });
   map<T>("subtract", [](T x, T y, T) { return x - y; });
   map<T>("multiply", [](T x, T y, T) { return x * y; });
@@ -91,8 +86,7 @@ void arithmetic() {
   map<T>("copy sign", [](T x, T y, T) { return std::copysign(x, y); });
 }
 
-template <class T>
-void choices() {
+template <class T> void choices() {
   map<T>("select", [](T x, T y, T z) { return x < y ? z : x; });
   map<T>("equal", [](T x, T y, T z) { return x == y ? z : T(3); });
   map<T>("not less", [](T x, T y, T z) { return !(x < y) ? z : T(3); });
@@ -103,8 +97,7 @@ void choices() {
   map<T>("add under a condition", [](T x, T y, T z) { return y > 1 ? x + z : z; });
 }
 
-template <class T>
-void roundings() {
+template <class T> void roundings() {
   map<T>("floor", [](T x, T, T) { return std::floor(x); });
   map<T>("ceiling", [](T x, T, T) { return std::ceil(x); });
   map<T>("truncate", [](T x, T, T) { return std::trunc(x); });
@@ -114,44 +107,47 @@ void roundings() {
 }
 
 // In the range of every integer type of the size, so that no conversion is undefined.
-template <class T, class Integer>
-void conversions(const char* to, const char* from) {
+template <class T, class Integer> void conversions(const char* to, const char* from) {
   map<T>(to, [](T x, T, T z) {
     const T small = x > 1000 ? T(1000) : x > 0 ? x : T(0);
     return static_cast<T>(static_cast<Integer>(small)) + (z > 0 ? T(1) : T(0));
   });
   run<T, Integer>(from, [](T* __restrict out, const Integer* __restrict a, const Integer*, long n) {
-    for (long i = 0; i < kernels::room; i++) out[i] = 0;
-    for (long i = 0; i < n; i++) out[i] = static_cast<T>(a[i]);
+    for (long i = 0; i < kernels::room; i++)
+      out[i] = 0;
+    for (long i = 0; i < n; i++)
+      out[i] = static_cast<T>(a[i]);
   });
 }
 
-template <class T>
-void folds() {
+template <class T> void folds() {
   fold<T>("ordered sum", [](const T* a, const T*, long n) {
     T sum = 0;
-    for (long i = 0; i < n; i++) sum += a[i];
+    for (long i = 0; i < n; i++)
+      sum += a[i];
     return sum;
   });
   fold<T>("ordered dot product", [](const T* a, const T* b, long n) {
     T sum = 1;
-    for (long i = 0; i < n; i++) sum += a[i] * b[i];
+    for (long i = 0; i < n; i++)
+      sum += a[i] * b[i];
     return sum;
   });
   fold<T>("greatest", [](const T* a, const T*, long n) {
     T greatest = -1e30f;
-    for (long i = 0; i < n; i++) greatest = std::fmax(greatest, a[i]);
+    for (long i = 0; i < n; i++)
+      greatest = std::fmax(greatest, a[i]);
     return greatest;
   });
   fold<T>("sum under a condition", [](const T* a, const T* b, long n) {
     T sum = 0;
-    for (long i = 0; i < n; i++) sum += b[i] > 0 ? a[i] : T(0);
+    for (long i = 0; i < n; i++)
+      sum += b[i] > 0 ? a[i] : T(0);
     return sum;
   });
 }
 
-template <class T>
-void all() {
+template <class T> void all() {
   arithmetic<T>();
   choices<T>();
   roundings<T>();
@@ -164,9 +160,8 @@ void all() {
 }
 
 void between() {
-  map<double>("through single", [](double x, double, double) {
-    return static_cast<double>(static_cast<float>(x));
-  });
+  map<double>("through single",
+              [](double x, double, double) { return static_cast<double>(static_cast<float>(x)); });
   map<float>("through double", [](float x, float y, float z) {
     return static_cast<float>(static_cast<double>(x) * y + z);
   });

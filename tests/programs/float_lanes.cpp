@@ -16,25 +16,26 @@ enum Step { Mulx, Recps, Rsqrts, Max, Min };
 enum Estimate { Recpe, Rsqrte, Recpx };
 enum Fold { Add, Largest, Smallest, LargestNumber, Ordered };
 
-template <class T>
-T any_number(Numbers& some) {
-  static const T special[] = {T(0), -T(0), T(1), T(-2), T(INFINITY), -T(INFINITY), T(1e-40), T(0.1)};
+template <class T> T any_number(Numbers& some) {
+  static const T special[] = {T(0),        -T(0),        T(1),     T(-2),
+                              T(INFINITY), -T(INFINITY), T(1e-40), T(0.1)};
   const uint64_t bits = some.next();
-  if (bits % 4 == 0) return special[bits / 4 % 8];
+  if (bits % 4 == 0)
+    return special[bits / 4 % 8];
   return std::ldexp(T(static_cast<int32_t>(bits >> 9)) / T(1 << 20), int(bits >> 50 & 31) - 16);
 }
 
-template <class T>
-Vector<T> any_numbers(Numbers& some) {
+template <class T> Vector<T> any_numbers(Numbers& some) {
   Vector<T> v;
-  for (T& element : v.at) element = any_number<T>(some);
+  for (T& element : v.at)
+    element = any_number<T>(some);
   return v;
 }
 
 // Which of two not-a-numbers a sum carries is not what is compared here.
-template <class T>
-Vector<T> plain_nans(Vector<T> v) {
-  for (T& element : v.at) element = element != element ? T(NAN) : element;
+template <class T> Vector<T> plain_nans(Vector<T> v) {
+  for (T& element : v.at)
+    element = element != element ? T(NAN) : element;
   return v;
 }
 
@@ -44,21 +45,28 @@ template <class T>
 Vector<T> step(Step how, const Predicate& g, const Vector<T>& a, const Vector<T>& b) {
   const auto za = load(a), zb = load(b);
   switch (how) {
-    case Mulx: return store<T>(svmulx_m(load(g), za, zb));
-    case Recps: return store<T>(svsel(load(g), svrecps(za, zb), za));
-    case Rsqrts: return store<T>(svsel(load(g), svrsqrts(za, zb), za));
-    case Max: return store<T>(svmax_m(load(g), za, zb));
-    default: return store<T>(svmin_m(load(g), za, zb));
+  case Mulx:
+    return store<T>(svmulx_m(load(g), za, zb));
+  case Recps:
+    return store<T>(svsel(load(g), svrecps(za, zb), za));
+  case Rsqrts:
+    return store<T>(svsel(load(g), svrsqrts(za, zb), za));
+  case Max:
+    return store<T>(svmax_m(load(g), za, zb));
+  default:
+    return store<T>(svmin_m(load(g), za, zb));
   }
 }
 
-template <class T>
-Vector<T> estimate(Estimate how, const Vector<T>& a) {
+template <class T> Vector<T> estimate(Estimate how, const Vector<T>& a) {
   const auto za = load(a);
   switch (how) {
-    case Recpe: return store<T>(svrecpe(za));
-    case Rsqrte: return store<T>(svrsqrte(za));
-    default: return store<T>(svrecpx_x(all<T>(), za));
+  case Recpe:
+    return store<T>(svrecpe(za));
+  case Rsqrte:
+    return store<T>(svrsqrte(za));
+  default:
+    return store<T>(svrecpx_x(all<T>(), za));
   }
 }
 
@@ -79,14 +87,18 @@ Vector<T> rotated_sum(const Predicate& g, const Vector<T>& a, const Vector<T>& b
   return store<T>(svcadd_m(load(g), svcadd_m(load(g), load(a), load(b), 90), load(b), 270));
 }
 
-template <class T>
-T fold(Fold how, const Predicate& g, const Vector<T>& a) {
+template <class T> T fold(Fold how, const Predicate& g, const Vector<T>& a) {
   switch (how) {
-    case Add: return svaddv(load(g), load(a));
-    case Largest: return svmaxv(load(g), load(a));
-    case Smallest: return svminv(load(g), load(a));
-    case LargestNumber: return svmaxnmv(load(g), load(a));
-    default: return svadda(load(g), T(1), load(a));
+  case Add:
+    return svaddv(load(g), load(a));
+  case Largest:
+    return svmaxv(load(g), load(a));
+  case Smallest:
+    return svminv(load(g), load(a));
+  case LargestNumber:
+    return svmaxnmv(load(g), load(a));
+  default:
+    return svadda(load(g), T(1), load(a));
   }
 }
 
@@ -117,7 +129,9 @@ double rsqrte(double a) { return vrsqrted_f64(a); }
 float recpx(float a) { return vrecpxs_f32(a); }
 double recpx(double a) { return vrecpxd_f64(a); }
 float largest(float a, float b) { return vget_lane_f32(vmax_f32(vdup_n_f32(a), vdup_n_f32(b)), 0); }
-double largest(double a, double b) { return vget_lane_f64(vmax_f64(vdup_n_f64(a), vdup_n_f64(b)), 0); }
+double largest(double a, double b) {
+  return vget_lane_f64(vmax_f64(vdup_n_f64(a), vdup_n_f64(b)), 0);
+}
 float smallest(float a, float b) { return -largest(-a, -b); }
 double smallest(double a, double b) { return -largest(-a, -b); }
 
@@ -125,7 +139,8 @@ template <class T>
 Vector<T> step(Step how, const Predicate& g, const Vector<T>& a, const Vector<T>& b) {
   Vector<T> d = a;
   for (int i = 0; i < count<T>; i++) {
-    if (!g.active<T>(i)) continue;
+    if (!g.active<T>(i))
+      continue;
     const T x = a.at[i], y = b.at[i];
     d.at[i] = how == Mulx     ? mulx(x, y)
               : how == Recps  ? recps(x, y)
@@ -136,8 +151,7 @@ Vector<T> step(Step how, const Predicate& g, const Vector<T>& a, const Vector<T>
   return d;
 }
 
-template <class T>
-Vector<T> estimate(Estimate how, const Vector<T>& a) {
+template <class T> Vector<T> estimate(Estimate how, const Vector<T>& a) {
   Vector<T> d;
   for (int i = 0; i < count<T>; i++)
     d.at[i] = how == Recpe ? recpe(a.at[i]) : how == Rsqrte ? rsqrte(a.at[i]) : recpx(a.at[i]);
@@ -148,7 +162,8 @@ template <class T, class Integer>
 Vector<T> scale(const Predicate& g, const Vector<T>& a, const Vector<Integer>& powers) {
   Vector<T> d = a;
   for (int i = 0; i < count<T>; i++)
-    if (g.active<T>(i)) d.at[i] = std::scalbn(a.at[i], static_cast<int>(powers.at[i]));
+    if (g.active<T>(i))
+      d.at[i] = std::scalbn(a.at[i], static_cast<int>(powers.at[i]));
   return d;
 }
 
@@ -169,24 +184,30 @@ template <class T>
 Vector<T> rotated_sum(const Predicate& g, const Vector<T>& a, const Vector<T>& b) {
   Vector<T> d = a;
   for (int i = 0; i < count<T>; i += 2) {
-    if (g.active<T>(i)) d.at[i] = (a.at[i] - b.at[i + 1]) + b.at[i + 1];
-    if (g.active<T>(i + 1)) d.at[i + 1] = (a.at[i + 1] + b.at[i]) - b.at[i];
+    if (g.active<T>(i))
+      d.at[i] = (a.at[i] - b.at[i + 1]) + b.at[i + 1];
+    if (g.active<T>(i + 1))
+      d.at[i + 1] = (a.at[i + 1] + b.at[i]) - b.at[i];
   }
   return d;
 }
 
-template <class T>
-T fold(Fold how, const Predicate& g, const Vector<T>& a) {
+template <class T> T fold(Fold how, const Predicate& g, const Vector<T>& a) {
   if (how == Ordered) {
     T sum = 1;
     for (int i = 0; i < count<T>; i++)
-      if (g.active<T>(i)) sum += a.at[i];
+      if (g.active<T>(i))
+        sum += a.at[i];
     return sum;
   }
   // Neighbours first, then the sums of neighbours.
-  const T none = how == Add ? T(0) : how == Smallest ? T(INFINITY) : how == Largest ? -T(INFINITY) : T(NAN);
+  const T none = how == Add        ? T(0)
+                 : how == Smallest ? T(INFINITY)
+                 : how == Largest  ? -T(INFINITY)
+                                   : T(NAN);
   T v[count<T>];
-  for (int i = 0; i < count<T>; i++) v[i] = g.active<T>(i) ? a.at[i] : none;
+  for (int i = 0; i < count<T>; i++)
+    v[i] = g.active<T>(i) ? a.at[i] : none;
   for (int half = count<T> / 2; half >= 1; half /= 2)
     for (int i = 0; i < half; i++) {
       const int pair = 2 * i;
@@ -216,8 +237,7 @@ Predicate magnitudes(const Predicate& g, const Vector<T>& a, const Vector<T>& b)
 
 #endif
 
-template <class T, class Integer>
-void of_type() {
+template <class T, class Integer> void of_type() {
   for (const Step how : {Mulx, Recps, Rsqrts, Max, Min})
     check<T>("step", [how](Numbers& some) {
       const Predicate g = any_predicate(some);
@@ -231,7 +251,8 @@ void of_type() {
     const Predicate g = any_predicate(some);
     const Vector<T> a = any_numbers<T>(some);
     Vector<Integer> powers;
-    for (Integer& power : powers.at) power = static_cast<int>(some.next() % 400) - 200;
+    for (Integer& power : powers.at)
+      power = static_cast<int>(some.next() % 400) - 200;
     return scale(g, a, powers);
   });
   check<T>("complex product", [](Numbers& some) {

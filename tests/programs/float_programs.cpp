@@ -16,13 +16,11 @@
 
 namespace {
 
-template <class T>
-void print(const char* name, const std::vector<T>& values) {
+template <class T> void print(const char* name, const std::vector<T>& values) {
   kernels::print_line<T>(name, kernels::hash_bytes(values.data(), values.size() * sizeof(T)));
 }
 
-template <class T>
-void mandelbrot() {
+template <class T> void mandelbrot() {
   constexpr int width = 48, height = 16, steps = 40;
   std::vector<int32_t> counts(width * height);
   for (int row = 0; row < height; row++) {
@@ -46,8 +44,7 @@ void mandelbrot() {
   print("mandelbrot", counts);
 }
 
-template <class T>
-void bodies() {
+template <class T> void bodies() {
   constexpr int n = 11;
   T x[n], y[n], z[n], vx[n] = {}, vy[n] = {}, vz[n] = {}, mass[n];
   for (int i = 0; i < n; i++) {
@@ -78,8 +75,7 @@ void bodies() {
   print("bodies", all);
 }
 
-template <class T>
-void matrices() {
+template <class T> void matrices() {
   constexpr int n = 19;
   std::vector<T> a(n * n), b(n * n), c(n * n);
   for (int i = 0; i < n * n; i++) {
@@ -88,12 +84,12 @@ void matrices() {
   }
   for (int i = 0; i < n; i++)
     for (int k = 0; k < n; k++)
-      for (int j = 0; j < n; j++) c[i * n + j] = std::fma(a[i * n + k], b[k * n + j], c[i * n + j]);
+      for (int j = 0; j < n; j++)
+        c[i * n + j] = std::fma(a[i * n + k], b[k * n + j], c[i * n + j]);
   print("matrix product", c);
 }
 
-template <class T>
-void transform() {
+template <class T> void transform() {
   constexpr int n = 32;
   std::vector<T> re(n), im(n), next_re(n), next_im(n);
   for (int i = 0; i < n; i++) {
@@ -126,44 +122,43 @@ void transform() {
 template <class T>
 [[gnu::noipa, gnu::optimize("fast-math")]] T reordered_dot(const T* a, const T* b, int n) {
   T sum = 0;
-  for (int i = 0; i < n; i++) sum += a[i] * b[i];
+  for (int i = 0; i < n; i++)
+    sum += a[i] * b[i];
   return sum;
 }
 
-template <class T>
-void whole_numbers() {
+template <class T> void whole_numbers() {
   std::vector<T> a(200), b(200), sums;
   for (int i = 0; i < 200; i++) {
     a[i] = T(i % 17 - 8);
     b[i] = T(i % 23 - 11);
   }
-  for (int n = 0; n < 200; n += 7) sums.push_back(reordered_dot(a.data(), b.data(), n));
+  for (int n = 0; n < 200; n += 7)
+    sums.push_back(reordered_dot(a.data(), b.data(), n));
   print("reordered dot product", sums);
 }
 
 // By hand, since the compiler divides inactive elements too, zero by zero.
 #ifdef __ARM_FEATURE_SVE
-template <class T>
-[[gnu::noipa]] void divide(T* to, const T* a, const T* b, int n) {
+template <class T> [[gnu::noipa]] void divide(T* to, const T* a, const T* b, int n) {
   for (int i = 0; i < n; i += svcntb() / sizeof(T)) {
     const svbool_t some = sizeof(T) == 4 ? svwhilelt_b32(i, n) : svwhilelt_b64(i, n);
     svst1(some, to + i, svdiv_m(some, svld1(some, a + i), svld1(some, b + i)));
   }
 }
 #else
-template <class T>
-[[gnu::noipa]] void divide(T* to, const T* a, const T* b, int n) {
-  for (int i = 0; i < n; i++) to[i] = a[i] / b[i];
+template <class T> [[gnu::noipa]] void divide(T* to, const T* a, const T* b, int n) {
+  for (int i = 0; i < n; i++)
+    to[i] = a[i] / b[i];
 }
 #endif
 
-template <class T>
-[[gnu::noipa]] void nearby(T* to, const T* a, int n) {
-  for (int i = 0; i < n; i++) to[i] = std::nearbyint(a[i]);
+template <class T> [[gnu::noipa]] void nearby(T* to, const T* a, int n) {
+  for (int i = 0; i < n; i++)
+    to[i] = std::nearbyint(a[i]);
 }
 
-template <class T>
-void rounding_modes() {
+template <class T> void rounding_modes() {
   constexpr int n = 9;
   T a[n], b[n];
   for (int i = 0; i < n; i++) {
@@ -185,8 +180,7 @@ void rounding_modes() {
 }
 
 // Which exceptions a division leaves, and that elements behind the last raise none.
-template <class T>
-void exceptions() {
+template <class T> void exceptions() {
   struct Case {
     const char* name;
     T a, b;
@@ -209,8 +203,7 @@ void exceptions() {
   }
 }
 
-template <class T>
-void all() {
+template <class T> void all() {
   mandelbrot<T>();
   bodies<T>();
   matrices<T>();

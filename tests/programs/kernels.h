@@ -17,7 +17,7 @@ inline constexpr int room = 4 * longest + 60;
 
 // The same numbers in every build.
 class Numbers {
- public:
+public:
   explicit Numbers(uint64_t seed) : state_(seed * 2 + 1) {}
 
   uint64_t next() {
@@ -28,19 +28,21 @@ class Numbers {
   }
 
   // One in four is an extreme value of the type, one in four is small.
-  template <class T>
-  T any() {
+  template <class T> T any() {
     const uint64_t bits = next() >> 8;
     const T extremes[] = {0, 1, static_cast<T>(-1), std::numeric_limits<T>::min(),
                           std::numeric_limits<T>::max()};
     switch (next() >> 62) {
-      case 0: return extremes[bits % 5];
-      case 1: return static_cast<T>(bits % 41 - (std::is_signed_v<T> ? 20 : 0));
-      default: return static_cast<T>(next() >> (64 - 8 * sizeof(T)));
+    case 0:
+      return extremes[bits % 5];
+    case 1:
+      return static_cast<T>(bits % 41 - (std::is_signed_v<T> ? 20 : 0));
+    default:
+      return static_cast<T>(next() >> (64 - 8 * sizeof(T)));
     }
   }
 
- private:
+private:
   uint64_t state_;
 };
 
@@ -51,8 +53,7 @@ inline uint64_t hash_bytes(const void* data, size_t size, uint64_t hash = 0xcbf2
   return hash;
 }
 
-template <class T>
-void print_line(const char* name, uint64_t hash) {
+template <class T> void print_line(const char* name, uint64_t hash) {
   const char kind = std::is_floating_point_v<T> ? 'f' : std::is_signed_v<T> ? 's' : 'u';
   printf("%s %c%zu %016llx\n", name, kind, 8 * sizeof(T), static_cast<unsigned long long>(hash));
 }
@@ -65,8 +66,7 @@ template <class Out, class In, class Kernel>
 
 // Runs kernel(out, a, b, n) for every length and prints one line, all of `out` hashed, the part
 // behind the written one too.
-template <class Out, class In, class Kernel>
-void run(const char* name, Kernel kernel) {
+template <class Out, class In, class Kernel> void run(const char* name, Kernel kernel) {
   static Out out[room];
   static In a[room], b[room];
   uint64_t hash = 0;
@@ -84,16 +84,15 @@ void run(const char* name, Kernel kernel) {
 }
 
 // An element-wise kernel: out[i] = f(a[i], b[i], out[i]).
-template <class T, class Function>
-void map(const char* name, Function f) {
+template <class T, class Function> void map(const char* name, Function f) {
   run<T, T>(name, [f](T* __restrict out, const T* __restrict a, const T* __restrict b, long n) {
-    for (int i = 0; i < n; i++) out[i] = f(a[i], b[i], out[i]);
+    for (int i = 0; i < n; i++)
+      out[i] = f(a[i], b[i], out[i]);
   });
 }
 
 // A kernel with one result.
-template <class Result, class T, class Function>
-void fold(const char* name, Function f) {
+template <class Result, class T, class Function> void fold(const char* name, Function f) {
   run<Result, T>(name, [f](Result* __restrict out, const T* __restrict a, const T* __restrict b,
                            long n) { out[0] = f(a, b, n); });
 }

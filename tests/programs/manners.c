@@ -8,7 +8,8 @@
 
 static void print_words(int count, char** words) {
   printf("%d words", count);
-  for (int i = 0; i < count; i++) printf(" [%s]", words[i]);
+  for (int i = 0; i < count; i++)
+    printf(" [%s]", words[i]);
   printf("\n");
 }
 
@@ -26,11 +27,17 @@ static int copy(void) {
 int main(int argc, char** argv) {
   const char* const what = argc > 1 ? argv[1] : "";
   const int number = argc > 2 ? atoi(argv[2]) : 0;
-  if (strcmp(what, "exit") == 0) exit(number);
-  if (strcmp(what, "raise") == 0) return raise(number);
-  if (strcmp(what, "fault") == 0) return *(volatile int*)(long)number;
-  if (strcmp(what, "args") == 0) return print_words(argc - 2, argv + 2), 0;
-  if (strcmp(what, "environment") == 0) return puts(getenv(argv[2])), 0;
-  if (strcmp(what, "copy") == 0) return copy();
+  if (strcmp(what, "exit") == 0)
+    exit(number);
+  if (strcmp(what, "raise") == 0)
+    return raise(number);
+  if (strcmp(what, "fault") == 0)
+    return *(volatile int*)(long)number;
+  if (strcmp(what, "args") == 0)
+    return print_words(argc - 2, argv + 2), 0;
+  if (strcmp(what, "environment") == 0)
+    return puts(getenv(argv[2])), 0;
+  if (strcmp(what, "copy") == 0)
+    return copy();
   return 99;
 }

@@ -13,28 +13,24 @@ namespace {
 
 constexpr int field = 64;  // elements that a load or a store may reach
 
-template <class T>
-struct Field {
-  T at[field];
-};
+template <class T> struct Field { T at[field]; };
 
-template <class T>
-Field<T> any_field(Numbers& some) {
+template <class T> Field<T> any_field(Numbers& some) {
   Field<T> f;
-  for (T& element : f.at) element = some.any<T>();
+  for (T& element : f.at)
+    element = some.any<T>();
   return f;
 }
 
-template <class T>
-using Unsigned = std::make_unsigned_t<T>;
+template <class T> using Unsigned = std::make_unsigned_t<T>;
 
 // Offsets below the field's size, or for signed ones, the middle of it.
-template <class T>
-Vector<T> any_offsets(Numbers& some, int scale) {
+template <class T> Vector<T> any_offsets(Numbers& some, int scale) {
   Vector<T> offsets;
   for (T& offset : offsets.at) {
     offset = static_cast<T>(some.next() % 32);
-    if (std::is_signed_v<T>) offset -= 16;
+    if (std::is_signed_v<T>)
+      offset -= 16;
     offset *= scale;
   }
   return offsets;
@@ -42,59 +38,63 @@ Vector<T> any_offsets(Numbers& some, int scale) {
 
 #ifdef __ARM_FEATURE_SVE
 
-template <class T>
-auto load_extended(svbool_t g, const int8_t* p) {
-  if constexpr (sizeof(T) == 2) return svld1sb_s16(g, p);
-  if constexpr (sizeof(T) == 4) return svld1sb_vnum_s32(g, p, 1);
-  if constexpr (sizeof(T) == 8) return svld1sb_vnum_s64(g, p, 2);
+template <class T> auto load_extended(svbool_t g, const int8_t* p) {
+  if constexpr (sizeof(T) == 2)
+    return svld1sb_s16(g, p);
+  if constexpr (sizeof(T) == 4)
+    return svld1sb_vnum_s32(g, p, 1);
+  if constexpr (sizeof(T) == 8)
+    return svld1sb_vnum_s64(g, p, 2);
 }
-template <class T>
-auto load_extended(svbool_t g, const int16_t* p) {
-  if constexpr (sizeof(T) == 4) return svld1sh_s32(g, p);
-  if constexpr (sizeof(T) == 8) return svld1sh_vnum_s64(g, p, 3);
+template <class T> auto load_extended(svbool_t g, const int16_t* p) {
+  if constexpr (sizeof(T) == 4)
+    return svld1sh_s32(g, p);
+  if constexpr (sizeof(T) == 8)
+    return svld1sh_vnum_s64(g, p, 3);
 }
-template <class T>
-auto load_extended(svbool_t g, const int32_t* p) {
+template <class T> auto load_extended(svbool_t g, const int32_t* p) {
   return svld1sw_vnum_s64(g, p, 1);
 }
-template <class T>
-auto load_extended(svbool_t g, const uint8_t* p) {
-  if constexpr (sizeof(T) == 2) return svld1ub_s16(g, p);
-  if constexpr (sizeof(T) == 4) return svld1ub_vnum_s32(g, p, 1);
-  if constexpr (sizeof(T) == 8) return svld1ub_vnum_s64(g, p, 2);
+template <class T> auto load_extended(svbool_t g, const uint8_t* p) {
+  if constexpr (sizeof(T) == 2)
+    return svld1ub_s16(g, p);
+  if constexpr (sizeof(T) == 4)
+    return svld1ub_vnum_s32(g, p, 1);
+  if constexpr (sizeof(T) == 8)
+    return svld1ub_vnum_s64(g, p, 2);
 }
-template <class T>
-auto load_extended(svbool_t g, const uint16_t* p) {
-  if constexpr (sizeof(T) == 4) return svld1uh_s32(g, p);
-  if constexpr (sizeof(T) == 8) return svld1uh_vnum_s64(g, p, 3);
+template <class T> auto load_extended(svbool_t g, const uint16_t* p) {
+  if constexpr (sizeof(T) == 4)
+    return svld1uh_s32(g, p);
+  if constexpr (sizeof(T) == 8)
+    return svld1uh_vnum_s64(g, p, 3);
 }
-template <class T>
-auto load_extended(svbool_t g, const uint32_t* p) {
+template <class T> auto load_extended(svbool_t g, const uint32_t* p) {
   return svld1uw_vnum_s64(g, p, 1);
 }
 
-template <class T, class Memory>
-Vector<T> extend(const Predicate& g, const Field<Memory>& f) {
+template <class T, class Memory> Vector<T> extend(const Predicate& g, const Field<Memory>& f) {
   return store<T>(load_extended<T>(load(g), f.at));
 }
 
 template <class Memory, class T>
 void truncate(const Predicate& g, Field<Memory>& f, const Vector<T>& a) {
-  if constexpr (sizeof(Memory) == 1) svst1b_vnum(load(g), f.at, 2, load(a));
-  if constexpr (sizeof(Memory) == 2) svst1h(load(g), f.at, load(a));
-  if constexpr (sizeof(Memory) == 4) svst1w_vnum(load(g), f.at, 1, load(a));
+  if constexpr (sizeof(Memory) == 1)
+    svst1b_vnum(load(g), f.at, 2, load(a));
+  if constexpr (sizeof(Memory) == 2)
+    svst1h(load(g), f.at, load(a));
+  if constexpr (sizeof(Memory) == 4)
+    svst1w_vnum(load(g), f.at, 1, load(a));
 }
 
-template <class T>
-Vector<T> replicate(const Predicate& g, const Field<T>& f, int place) {
+template <class T> Vector<T> replicate(const Predicate& g, const Field<T>& f, int place) {
   const svbool_t pg = load(g);
   const auto one = svdup_lane(svld1(svptrue_pat_b8(SV_ALL), f.at + place), 0);
   const auto four = svld1rq(pg, f.at + place);
   return store<T>(svadd_x(all<T>(), one, four));
 }
 
-template <class T>
-void stream(const Predicate& g, Field<T>& to, const Field<T>& from) {
+template <class T> void stream(const Predicate& g, Field<T>& to, const Field<T>& from) {
   svprfb(load(g), from.at, SV_PLDL1KEEP);
   svstnt1_vnum(load(g), to.at, 1, svldnt1(load(g), from.at + 3));
 }
@@ -103,20 +103,20 @@ template <class T>
 void restructure(int members, const Predicate& g, Field<T>& to, const Field<T>& from) {
   const svbool_t pg = load(g);
   switch (members) {
-    case 2: {
-      const auto v = svld2(pg, from.at);
-      svst2_vnum(pg, to.at, 2, svcreate2(svget2(v, 1), svget2(v, 0)));
-      break;
-    }
-    case 3: {
-      const auto v = svld3(pg, from.at + 1);
-      svst3(pg, to.at, svcreate3(svget3(v, 2), svget3(v, 0), svget3(v, 1)));
-      break;
-    }
-    default: {
-      const auto v = svld4_vnum(pg, from.at, 0);
-      svst4(pg, to.at, svcreate4(svget4(v, 3), svget4(v, 1), svget4(v, 2), svget4(v, 0)));
-    }
+  case 2: {
+    const auto v = svld2(pg, from.at);
+    svst2_vnum(pg, to.at, 2, svcreate2(svget2(v, 1), svget2(v, 0)));
+    break;
+  }
+  case 3: {
+    const auto v = svld3(pg, from.at + 1);
+    svst3(pg, to.at, svcreate3(svget3(v, 2), svget3(v, 0), svget3(v, 1)));
+    break;
+  }
+  default: {
+    const auto v = svld4_vnum(pg, from.at, 0);
+    svst4(pg, to.at, svcreate4(svget4(v, 3), svget4(v, 1), svget4(v, 2), svget4(v, 0)));
+  }
   }
 }
 
@@ -138,7 +138,8 @@ void scatter(bool scaled, const Predicate& g, T* base, const Vector<Offset>& off
 }
 
 template <class Offset>
-Vector<int32_t> gather_bytes(const Predicate& g, const int8_t* base, const Vector<Offset>& offsets) {
+Vector<int32_t> gather_bytes(const Predicate& g, const int8_t* base,
+                             const Vector<Offset>& offsets) {
   return store<int32_t>(svld1sb_gather_offset_s32(load(g), base, load(offsets)));
 }
 
@@ -153,19 +154,20 @@ void scatter_words(const Predicate& g, const Vector<uint64_t>& bases, const Vect
 #else
 
 // Which multiple of the vector length the forms above load from.
-template <class T, class Memory>
-constexpr int extended_place() {
-  constexpr int multiple = sizeof(Memory) == 1 ? (sizeof(T) == 2 ? 0 : sizeof(T) == 4 ? 1 : 2)
+template <class T, class Memory> constexpr int extended_place() {
+  constexpr int multiple = sizeof(Memory) == 1   ? (sizeof(T) == 2   ? 0
+                                                    : sizeof(T) == 4 ? 1
+                                                                     : 2)
                            : sizeof(Memory) == 2 ? (sizeof(T) == 4 ? 0 : 3)
                                                  : 1;
   return multiple * count<T>;
 }
 
-template <class T, class Memory>
-Vector<T> extend(const Predicate& g, const Field<Memory>& f) {
+template <class T, class Memory> Vector<T> extend(const Predicate& g, const Field<Memory>& f) {
   Vector<T> d{};
   for (int i = 0; i < count<T>; i++)
-    if (g.active<T>(i)) d.at[i] = f.at[extended_place<T, Memory>() + i];
+    if (g.active<T>(i))
+      d.at[i] = f.at[extended_place<T, Memory>() + i];
   return d;
 }
 
@@ -173,21 +175,21 @@ template <class Memory, class T>
 void truncate(const Predicate& g, Field<Memory>& f, const Vector<T>& a) {
   const int place = sizeof(Memory) == 1 ? 2 * count<T> : sizeof(Memory) == 2 ? 0 : count<T>;
   for (int i = 0; i < count<T>; i++)
-    if (g.active<T>(i)) f.at[place + i] = static_cast<Memory>(a.at[i]);
+    if (g.active<T>(i))
+      f.at[place + i] = static_cast<Memory>(a.at[i]);
 }
 
-template <class T>
-Vector<T> replicate(const Predicate& g, const Field<T>& f, int place) {
+template <class T> Vector<T> replicate(const Predicate& g, const Field<T>& f, int place) {
   Vector<T> d;
   for (int i = 0; i < count<T>; i++)
     d.at[i] = f.at[place] + (g.active<T>(i) ? f.at[place + i] : 0);
   return d;
 }
 
-template <class T>
-void stream(const Predicate& g, Field<T>& to, const Field<T>& from) {
+template <class T> void stream(const Predicate& g, Field<T>& to, const Field<T>& from) {
   for (int i = 0; i < count<T>; i++)
-    if (g.active<T>(i)) to.at[count<T> + i] = from.at[3 + i];
+    if (g.active<T>(i))
+      to.at[count<T> + i] = from.at[3 + i];
 }
 
 template <class T>
@@ -197,7 +199,8 @@ void restructure(int members, const Predicate& g, Field<T>& to, const Field<T>& 
   T* const out = to.at + (members == 2 ? 2 * count<T> : 0);
   for (int i = 0; i < count<T>; i++)
     for (int k = 0; k < members; k++)
-      if (g.active<T>(i)) out[members * i + k] = in[members * i + orders[members - 2][k]];
+      if (g.active<T>(i))
+        out[members * i + k] = in[members * i + orders[members - 2][k]];
 }
 
 template <class T, class Offset>
@@ -223,10 +226,12 @@ void scatter(bool scaled, const Predicate& g, T* base, const Vector<Offset>& off
 }
 
 template <class Offset>
-Vector<int32_t> gather_bytes(const Predicate& g, const int8_t* base, const Vector<Offset>& offsets) {
+Vector<int32_t> gather_bytes(const Predicate& g, const int8_t* base,
+                             const Vector<Offset>& offsets) {
   Vector<int32_t> d{};
   for (int i = 0; i < 4; i++)
-    if (g.active<int32_t>(i)) d.at[i] = base[offsets.at[i]];
+    if (g.active<int32_t>(i))
+      d.at[i] = base[offsets.at[i]];
   return d;
 }
 
@@ -235,7 +240,8 @@ Vector<int64_t> gather_halves(const Predicate& g, const Vector<uint64_t>& bases)
   for (int i = 0; i < 2; i++) {
     int16_t half;
     memcpy(&half, reinterpret_cast<const char*>(bases.at[i]) + 6, sizeof half);
-    if (g.active<int64_t>(i)) d.at[i] = half;
+    if (g.active<int64_t>(i))
+      d.at[i] = half;
   }
   return d;
 }
@@ -243,14 +249,14 @@ Vector<int64_t> gather_halves(const Predicate& g, const Vector<uint64_t>& bases)
 void scatter_words(const Predicate& g, const Vector<uint64_t>& bases, const Vector<int64_t>& a) {
   for (int i = 0; i < 2; i++) {
     const auto word = static_cast<int32_t>(a.at[i]);
-    if (g.active<int64_t>(i)) memcpy(reinterpret_cast<char*>(bases.at[i]) + 8, &word, sizeof word);
+    if (g.active<int64_t>(i))
+      memcpy(reinterpret_cast<char*>(bases.at[i]) + 8, &word, sizeof word);
   }
 }
 
 #endif
 
-template <class T, class Memory>
-void extensions() {
+template <class T, class Memory> void extensions() {
   check<Memory>("extend", [](Numbers& some) {
     const Predicate g = any_predicate(some);
     return extend<T>(g, any_field<Memory>(some));
@@ -264,8 +270,7 @@ void extensions() {
     });
 }
 
-template <class T>
-void contiguous() {
+template <class T> void contiguous() {
   check<T>("replicate", [](Numbers& some) {
     const Predicate g = any_predicate(some);
     return replicate(g, any_field<T>(some), 5);
@@ -286,14 +291,12 @@ void contiguous() {
       });
 }
 
-template <class T, class Offset>
-void scattered() {
+template <class T, class Offset> void scattered() {
   for (const bool scaled : {false, true}) {
     check<Offset>("gather", [scaled](Numbers& some) {
       const Predicate g = any_predicate(some);
       const Field<T> f = any_field<T>(some);
-      return gather(scaled, g, f.at + 20,
-                    any_offsets<Offset>(some, scaled ? 1 : 3));
+      return gather(scaled, g, f.at + 20, any_offsets<Offset>(some, scaled ? 1 : 3));
     });
     check<Offset>("scatter", [scaled](Numbers& some) {
       const Predicate g = any_predicate(some);

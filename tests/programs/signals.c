@@ -19,27 +19,26 @@ static uint32_t handler_data[ELEMENTS];
 
 static __attribute__((noipa)) void stir(uint32_t* values, int n, uint32_t by) {
   for (int i = 0; i < n; i++)
-    if (values[i] % 3 != 1) values[i] = values[i] * by + i;
+    if (values[i] % 3 != 1)
+      values[i] = values[i] * by + i;
 }
 
 #ifdef __ARM_FEATURE_SVE
 // By hand: for a compiler, the first-fault register does not live across calls.
-static void clear_first_fault(void) {
-  __asm__ volatile("pfalse p0.b\n\twrffr p0.b" : : : "p0");
-}
+static void clear_first_fault(void) { __asm__ volatile("pfalse p0.b\n\twrffr p0.b" : : : "p0"); }
 
 // Whether the first-fault register and a predicate are lost when a signal arrives.
 static int lost_predicates(void) {
   const int before = arrived;
   int first_fault, predicate;
   __asm__ volatile("setffr\n\tptrue p7.b" : : : "p7");
-  while (arrived == before) continue;
-  __asm__ volatile(
-      "ptrue p0.b\n\trdffrs p1.b, p0/z\n\tcset %w0, cs\n\t"
-      "ptest p0, p7.b\n\tcset %w1, cs"
-      : "=r"(first_fault), "=r"(predicate)
-      :
-      : "p0", "p1", "cc");
+  while (arrived == before)
+    continue;
+  __asm__ volatile("ptrue p0.b\n\trdffrs p1.b, p0/z\n\tcset %w0, cs\n\t"
+                   "ptest p0, p7.b\n\tcset %w1, cs"
+                   : "=r"(first_fault), "=r"(predicate)
+                   :
+                   : "p0", "p1", "cc");
   return first_fault + predicate;
 }
 #else
@@ -56,14 +55,17 @@ static void count(int number) {
 
 static uint32_t hash(const uint32_t* values, int n) {
   uint32_t h = 0;
-  for (int i = 0; i < n; i++) h = h * 31 + values[i];
+  for (int i = 0; i < n; i++)
+    h = h * 31 + values[i];
   return h;
 }
 
 static uint32_t stirred(void) {
   uint32_t values[ELEMENTS];
-  for (int i = 0; i < ELEMENTS; i++) values[i] = i * i;
-  for (int round = 0; round < 5; round++) stir(values, ELEMENTS, 7);
+  for (int i = 0; i < ELEMENTS; i++)
+    values[i] = i * i;
+  for (int round = 0; round < 5; round++)
+    stir(values, ELEMENTS, 7);
   return hash(values, ELEMENTS);
 }
 
@@ -71,10 +73,11 @@ static void interrupted(void) {
   const uint32_t expected = stirred();
   const struct sigaction action = {.sa_handler = count};
   sigaction(SIGALRM, &action, NULL);
-  const struct itimerval often = {{0, 500}, {0, 500}}, never = {{0, 0}, {0, 0}};
+  const struct itimerval often = {{0, 2000}, {0, 2000}}, never = {{0, 0}, {0, 0}};
   setitimer(ITIMER_REAL, &often, NULL);
   int wrong = 0;
-  while (arrived < ENOUGH_SIGNALS) wrong += (stirred() != expected) + lost_predicates();
+  while (arrived < ENOUGH_SIGNALS)
+    wrong += (stirred() != expected) + lost_predicates();
   setitimer(ITIMER_REAL, &never, NULL);
   printf("interrupted: %08x, %d wrong\n", expected, wrong);
 }
@@ -117,7 +120,8 @@ static void on_fault(void (*handler)(int, siginfo_t*, void*)) {
 }
 
 static __attribute__((noipa)) void copy(uint32_t* to, const uint32_t* from, int n) {
-  for (int i = 0; i < n; i++) to[i] = from[i] + 1;
+  for (int i = 0; i < n; i++)
+    to[i] = from[i] + 1;
 }
 
 // Writes over the edge of the readable page, and reads over it.
@@ -125,7 +129,8 @@ static void faulting(void) {
   page = mmap(NULL, 2 * PAGE_ROOM, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
   uint32_t* const edge = (uint32_t*)(page + PAGE_ROOM);
   uint32_t values[ELEMENTS];
-  for (int i = 0; i < ELEMENTS; i++) values[i] = 100 + i;
+  for (int i = 0; i < ELEMENTS; i++)
+    values[i] = 100 + i;
 
   on_fault(mend);
   copy(edge - 6, values, 20);

@@ -20,7 +20,8 @@ static size_t length(const char* s) {
     const svuint8_t text = svldff1(svptrue_b8(), (const uint8_t*)s + n);
     const svbool_t read = svrdffr();
     const svbool_t ends = svcmpeq(read, text, 0);
-    if (svptest_any(read, ends)) return n + svcntp_b8(read, svbrkb_z(read, ends));
+    if (svptest_any(read, ends))
+      return n + svcntp_b8(read, svbrkb_z(read, ends));
     n += svcntp_b8(read, read);
   }
 }
@@ -49,9 +50,11 @@ static long find(const char* s, size_t size, char wanted) {
     const svuint8_t text = svldnf1(some, (const uint8_t*)s + i);
     const svbool_t read = svrdffr_z(some);
     const svbool_t hits = svcmpeq(read, text, (uint8_t)wanted);
-    if (svptest_any(read, hits)) return i + svcntp_b8(read, svbrkb_z(read, hits));
+    if (svptest_any(read, hits))
+      return i + svcntp_b8(read, svbrkb_z(read, hits));
     const size_t step = svcntp_b8(read, read);
-    if (step == 0 && s[i] == wanted) return i;
+    if (step == 0 && s[i] == wanted)
+      return i;
     i += step == 0 ? 1 : step;
   }
   return -1;
@@ -67,7 +70,8 @@ static uint64_t sum_to_zero(const uint8_t* s) {
     const svbool_t zero = svcmpeq(read, values, 0);
     const svbool_t before = svbrkb_z(read, zero);
     sum += svaddv(svand_z(svptrue_b32(), before, read), values);
-    if (svptest_any(read, zero)) return sum;
+    if (svptest_any(read, zero))
+      return sum;
     n += svcntp_b32(read, read);
   }
 }
@@ -83,7 +87,8 @@ static uint64_t readable(const uint64_t* const* pointers, size_t n, uint64_t* su
     const svbool_t read = svrdffr_z(some);
     *sum += svaddv(read, values);
     count += svcntp_b64(read, read);
-    if (svcntp_b64(some, read) != svcntp_b64(some, some)) break;
+    if (svcntp_b64(some, read) != svcntp_b64(some, some))
+      break;
   }
   return count;
 }
@@ -104,13 +109,15 @@ static long find(const char* s, size_t size, char wanted) {
 
 static uint64_t sum_to_zero(const uint8_t* s) {
   uint64_t sum = 0;
-  while (*s != 0) sum += *s++;
+  while (*s != 0)
+    sum += *s++;
   return sum;
 }
 
 static uint64_t readable(const uint64_t* const* pointers, size_t n, uint64_t* sum) {
   uint64_t count = 0;
-  while (count < n && pointers[count] > (const uint64_t*)4096) *sum += *pointers[count++];
+  while (count < n && pointers[count] > (const uint64_t*)4096)
+    *sum += *pointers[count++];
   return count;
 }
 
@@ -120,7 +127,8 @@ static uint64_t readable(const uint64_t* const* pointers, size_t n, uint64_t* su
 static char* page_end(void) {
   const long page = sysconf(_SC_PAGESIZE);
   char* pages = mmap(NULL, 2 * page, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
-  if (pages == MAP_FAILED || mprotect(pages + page, page, PROT_NONE) != 0) _exit(2);
+  if (pages == MAP_FAILED || mprotect(pages + page, page, PROT_NONE) != 0)
+    _exit(2);
   return pages + page;
 }
 
@@ -130,7 +138,8 @@ int main(void) {
   long lengths = 0, sums = 0, places = 0;
   for (int n = 0; n <= LONGEST; n++) {
     char* const s = end - n - 1;
-    for (int i = 0; i < n; i++) s[i] = (char)(1 + (i * 7 + n) % 250);
+    for (int i = 0; i < n; i++)
+      s[i] = (char)(1 + (i * 7 + n) % 250);
     s[n] = 0;
     lengths = lengths * 3 + (long)length(s);
     sums = sums * 3 + (long)sum_to_zero((uint8_t*)s);
@@ -147,7 +156,8 @@ int main(void) {
       memset(a, 'x', n);
       a[n] = 0;
       memcpy(b, a, n + 1);
-      if (change < n) b[change] = (char)(change & 1 ? 'w' : '\xfe');
+      if (change < n)
+        b[change] = (char)(change & 1 ? 'w' : '\xfe');
       orders = orders * 5 + compare(a, b) + 2 * compare(b, a);
     }
   printf("orders %lx\n", orders);

@@ -22,10 +22,12 @@ thread_local uint64_t own_sum;
 
 // All integer arithmetic, so that the order of the threads does not show.
 [[gnu::noipa]] uint64_t kernel(uint32_t* values, int n, uint32_t seed) {
-  for (int i = 0; i < n; i++) values[i] = values[i] * 1664525u + seed + i;
+  for (int i = 0; i < n; i++)
+    values[i] = values[i] * 1664525u + seed + i;
   uint64_t sum = 0;
   for (int i = 0; i < n; i++)
-    if (values[i] & 4) sum += values[i] >> (i & 7);
+    if (values[i] & 4)
+      sum += values[i] >> (i & 7);
   return sum;
 }
 
@@ -50,8 +52,10 @@ int main() {
   pthread_barrier_init(&barrier, nullptr, threads);
   uint64_t results[threads];
   std::vector<std::thread> team;
-  for (int i = 0; i < threads; i++) team.emplace_back(work, i, &results[i], &barrier);
-  for (std::thread& thread : team) thread.join();
+  for (int i = 0; i < threads; i++)
+    team.emplace_back(work, i, &results[i], &barrier);
+  for (std::thread& thread : team)
+    thread.join();
   for (int i = 0; i < threads; i++)
     printf("thread %d: %016llx\n", i, static_cast<unsigned long long>(results[i]));
   printf("shared %016llx, atomic %016llx, main's own %llu\n",

@@ -7,28 +7,29 @@ using kernels::run;
 
 namespace {
 
-template <class To, class From>
-void convert() {
+template <class To, class From> void convert() {
   char name[40];
   snprintf(name, sizeof name, "to %c%zu", std::is_signed_v<To> ? 's' : 'u', 8 * sizeof(To));
-  run<To, From>(name, [](To* __restrict out, const From* __restrict a, const From* __restrict b,
-                         long n) {
-    for (long i = 0; i < n; i++) out[i] = static_cast<To>(a[i] ^ b[i]);
-  });
-  run<To, From>("sum", [](To* __restrict out, const From* __restrict a,
-                          const From* __restrict b, long n) {
-    for (long i = 0; i < n; i++) out[i] += static_cast<To>(a[i]) * static_cast<To>(b[i]);
-  });
+  run<To, From>(name,
+                [](To* __restrict out, const From* __restrict a, const From* __restrict b, long n) {
+                  for (long i = 0; i < n; i++)
+                    out[i] = static_cast<To>(a[i] ^ b[i]);
+                });
+  run<To, From>("sum",
+                [](To* __restrict out, const From* __restrict a, const From* __restrict b, long n) {
+                  for (long i = 0; i < n; i++)
+                    out[i] += static_cast<To>(a[i]) * static_cast<To>(b[i]);
+                });
   // Under a condition in the narrower or the wider type.
-  run<To, From>("under a condition", [](To* __restrict out, const From* __restrict a,
-                                        const From* __restrict b, long n) {
-    for (long i = 0; i < n; i++)
-      if (a[i] > b[i]) out[i] = static_cast<To>(a[i] + 1);
-  });
+  run<To, From>("under a condition",
+                [](To* __restrict out, const From* __restrict a, const From* __restrict b, long n) {
+                  for (long i = 0; i < n; i++)
+                    if (a[i] > b[i])
+                      out[i] = static_cast<To>(a[i] + 1);
+                });
 }
 
-template <class From>
-void from() {
+template <class From> void from() {
   convert<int8_t, From>();
   convert<uint8_t, From>();
   convert<int16_t, From>();
@@ -40,8 +41,7 @@ void from() {
 }
 
 // T through a type of twice its width.
-template <class T, class Wide>
-void through_wide() {
+template <class T, class Wide> void through_wide() {
   run<T, T>("average rounded up",
             [](T* __restrict out, const T* __restrict a, const T* __restrict b, long n) {
               for (long i = 0; i < n; i++)
@@ -52,17 +52,15 @@ void through_wide() {
               for (long i = 0; i < n; i++)
                 out[i] = static_cast<T>(static_cast<Wide>(a[i]) * b[i] >> (8 * sizeof(T)));
             });
-  run<T, T>("blend",
-            [](T* __restrict out, const T* __restrict a, const T* __restrict b, long n) {
-              for (long i = 0; i < n; i++)
-                out[i] = static_cast<T>((static_cast<Wide>(a[i]) * 11 + b[i] * Wide(5)) >> 4);
-            });
-  run<T, T>("neighbours",
-            [](T* __restrict out, const T* __restrict a, const T* __restrict, long n) {
-              for (long i = 0; i < n; i++)
-                out[i] = static_cast<T>((static_cast<Wide>(a[i]) + 2 * Wide(a[i + 1]) + a[i + 2]) >>
-                                        2);
-            });
+  run<T, T>("blend", [](T* __restrict out, const T* __restrict a, const T* __restrict b, long n) {
+    for (long i = 0; i < n; i++)
+      out[i] = static_cast<T>((static_cast<Wide>(a[i]) * 11 + b[i] * Wide(5)) >> 4);
+  });
+  run<T, T>(
+      "neighbours", [](T* __restrict out, const T* __restrict a, const T* __restrict, long n) {
+        for (long i = 0; i < n; i++)
+          out[i] = static_cast<T>((static_cast<Wide>(a[i]) + 2 * Wide(a[i + 1]) + a[i + 2]) >> 2);
+      });
 }
 
 }  // namespace

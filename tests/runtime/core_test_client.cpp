@@ -1,5 +1,6 @@
 // A client that changes nothing but for one marker instruction, which becomes a call: HINT #100,
-// executed by an application that wants to be counted, adds one to X0 on behalf of the client.
+// executed by an application that wants to be counted, adds one to X0 on behalf of the client. In
+// libraries it stays.
 //
 // It prints what it saw when the process ends, so that a test can tell that events ran.
 #include <atomic>
@@ -23,6 +24,7 @@ struct Record {
 };
 
 int field;
+app_pc executable;
 std::atomic<unsigned long> blocks, threads, marks;
 
 void mark(unsigned, unsigned long, unsigned long) {
@@ -101,8 +103,18 @@ void insert_exchange(const Inserter& to) {
   dr_restore_reg(to.drcontext, to.block, to.where, DR_REG_X26, SPILL_SLOT_1);
 }
 
-dr_emit_flags_t event_block(void* drcontext, void*, instrlist_t* block, bool, bool) {
+bool is_library(void* tag) {
+  module_data_t* module = dr_lookup_module(dr_fragment_app_pc(tag));
+  const bool result = module != nullptr && module->start != executable;
+  dr_free_module_data(module);
+  return result;
+}
+
+dr_emit_flags_t event_block(void* drcontext, void* tag, instrlist_t* block, bool, bool) {
   ++blocks;
+  if (is_library(tag)) {
+    return DR_EMIT_DEFAULT;
+  }
   for (instr_t *next, *instr = instrlist_first_app(block); instr != nullptr; instr = next) {
     next = instr_get_next_app(instr);
     unsigned word;
@@ -147,4 +159,7 @@ void dr_client_main(client_id_t, int argc, const char* argv[]) {
   drmgr_register_bb_app2app_event(event_block, nullptr);
   dr_register_exit_event(event_exit);
   field = drmgr_register_tls_field();
+  module_data_t* module = dr_get_main_module();
+  executable = module->start;
+  dr_free_module_data(module);
 }

@@ -8,6 +8,7 @@ is called, and no debug information is needed. See docs/debugging.md.
 """
 
 import os
+import re
 import struct
 import sys
 
@@ -188,6 +189,7 @@ def find_record():
     if record is None:
         raise gdb.GdbError("no record found for this thread: it has not begun, or the record is "
                            "the program's own; then say sve --at <expression>")
+    gdb.set_convenience_variable("sve_record", record)
     return record
 
 
@@ -278,12 +280,22 @@ def stats_command(path):
         show(stats_text())
         return
     module = Module()
-    with open(path, "w", encoding="utf-8") as file:
-        file.write("module: 0x%x 0x%x %s\n" % (module.start, module.end, module.path))
-        file.write(stats_text())
+    text = "module: 0x%x 0x%x %s\n" % (module.start, module.end, module.path) + stats_text()
+    try:
+        with open(path, "w", encoding="utf-8") as file:
+            file.write(text)
+    except OSError as error:
+        raise gdb.GdbError("%s: %s" % (path, error.strerror)) from None
 
 
 # ---- places -------------------------------------------------------------------------------------
+
+def disassembly(address, word):
+    architecture = gdb.selected_frame().architecture()
+    if architecture.name() != "aarch64":
+        return ".inst 0x%08x" % word
+    return " ".join(architecture.disassemble(address)[0]["asm"].split())
+
 
 def describe(address):
     """An address in the application, with function, line and instruction as far as known."""
@@ -295,10 +307,10 @@ def describe(address):
     if line.symtab is not None:
         text += " %s:%d" % (os.path.basename(line.symtab.filename), line.line)
     word, = struct.unpack("<I", read(address, INSTRUCTION_BYTES))
-    text += " 0x%08x" % word
+    text += ": " + disassembly(address, word)
     row = Rows().find(word)
     if row is not None:
-        text += " %s (%s)" % (read_string(row[1]), row[2])
+        text += " (%s, %s)" % (read_string(row[1]), row[2])
     return text
 
 
@@ -360,6 +372,49 @@ def break_command(location):
         show("stops in front of %s\n" % describe(place))
 
 
+def run_to(location):
+    """Lets the process go on until this thread is there. Whether it came there."""
+    breakpoint = gdb.Breakpoint(location, internal=True)
+    breakpoint.thread = gdb.selected_thread().num
+    breakpoint.silent = True
+    gdb.execute("continue", to_string=True)
+    if not breakpoint.is_valid():
+        return False
+    arrived = gdb.selected_thread() is not None and breakpoint.hit_count > 0
+    breakpoint.delete()
+    return arrived
+
+
+def function_entry(name):
+    """Where a function begins; gdb's own place for a breakpoint is behind the first instructions."""
+    _, found = gdb.decode_line(name)
+    address = found[0].pc
+    symbol = gdb.execute("info symbol 0x%x" % address, to_string=True)
+    inside = re.search(r" \+ (\d+) in section ", symbol)
+    return address - int(inside.group(1)) if inside else address
+
+
+def told():
+    """How often a stop has told its place by itself."""
+    return sum(b.hit_count for b in gdb.breakpoints() if "sve where" in (b.commands or ""))
+
+
+def step_command(_argument):
+    if thread_record() is None:
+        raise gdb.GdbError("only for a thread of an application under tavok")
+    before = told()
+    # Its third argument is the stub.
+    arrived = run_to("*0x%x" % function_entry("emulate_instruction"))
+    if arrived:
+        arrived = run_to("*0x%x" % int(gdb.parse_and_eval("(unsigned long)$x2")))
+    if gdb.selected_thread() is None:
+        show("the process has ended\n")
+    elif arrived and told() == before:
+        where_command("")
+    elif not arrived:
+        gdb.execute("frame")
+
+
 # ---- the command --------------------------------------------------------------------------------
 
 class SveCommand(gdb.Command):
@@ -368,16 +423,19 @@ class SveCommand(gdb.Command):
 sve [QUERY]              registers, as the query selects them; sve help tells the language
 sve --at EXPR [QUERY]    the same of the record at an address, for an embedding program
 sve where                the application's instruction that is, or last was, emulated
+sve step                 go on to the thread's next emulated instruction
 sve stats [FILE]         how often each place was emulated; to a file for tavok-profile
 sve start                go on until the application is loaded
 sve app [FILE]           load the application's symbols at their place
 sve break LOCATION       stop in front of the first emulated instruction from there on
 
+The record's address is in $sve_record afterwards.
+
 Queries: z0  z0[1].d.f  [4].h.s  p..x  .d.f  ip  cc  help.
 Z registers, ip and cc are as the last emulated instruction left them, predicates always current."""
 
     SUBCOMMANDS = {"where": where_command, "stats": stats_command, "start": start_command,
-                   "app": app_command, "break": break_command}
+                   "app": app_command, "break": break_command, "step": step_command}
     WITHOUT_PROCESS = ("start",)
 
     def __init__(self):

@@ -1,5 +1,5 @@
-// Prints the rows, one in a line: value, mask, name, tier. What a profile calls an instruction comes
-// from here, so that it is written in the tables of rows alone.
+// list_rows <file>: writes the rows, one in a line: value, mask, name, tier. What a profile calls
+// an instruction comes from here, so that it is written in the tables of rows alone.
 #include <cstdio>
 
 #include "sve/client/dispatch.h"
@@ -22,8 +22,11 @@ const char* name_of(Tier tier) {
 
 }  // namespace
 
-int main() {
+int main(int argc, char** argv) {
+  std::FILE* const file = argc == 2 ? std::fopen(argv[1], "w") : nullptr;
+  if (file == nullptr)
+    return 1;
   for (const Row& row : all_rows())
-    std::printf("0x%08x 0x%08x %s %s\n", row.value, row.mask, row.name, name_of(row.tier));
-  return 0;
+    std::fprintf(file, "0x%08x 0x%08x %s %s\n", row.value, row.mask, row.name, name_of(row.tier));
+  return std::fclose(file) == 0 ? 0 : 1;
 }

@@ -35,10 +35,11 @@ static volatile int seen;
 static void skip(int signal, siginfo_t* info, void* context) {
   ucontext_t* at = context;
   const int exact = (char*)at->uc_mcontext.pc == expected_pc;
-  printf("signal %d, code %d, pc %s, x28 %#llx, x0 %#llx\n", signal, info->si_code,
-         exact ? "exact" : "wrong", at->uc_mcontext.regs[28], at->uc_mcontext.regs[0]);
+  printf("signal %d, code %d, pc %s, x28 %#llx\n", signal, info->si_code, exact ? "exact" : "wrong",
+         at->uc_mcontext.regs[28]);
   if (signal == SIGSEGV) {
-    printf("address %p, in the context %#llx\n", info->si_addr, at->uc_mcontext.fault_address);
+    printf("address %p, in the context %#llx, x0 %#llx\n", info->si_addr,
+           at->uc_mcontext.fault_address, at->uc_mcontext.regs[0]);
   }
   if (signal == SIGILL) {
     printf("address %s\n", (char*)info->si_addr == expected_pc ? "exact" : "wrong");
@@ -213,6 +214,20 @@ static void masks(void) {
   sigprocmask(SIG_SETMASK, &old, NULL);
 }
 
+// The kernel may not block SIGSEGV for the runtime; the application must not notice.
+static void blocked_segv(void) {
+  install(SIGSEGV, counter, 0);
+  sigset_t set;
+  sigemptyset(&set);
+  sigaddset(&set, SIGSEGV);
+  sigprocmask(SIG_BLOCK, &set, NULL);
+  count = 0;
+  kill(getpid(), SIGSEGV);
+  printf("blocked: %d\n", count);
+  sigprocmask(SIG_UNBLOCK, &set, NULL);
+  printf("unblocked: %d\n", count);
+}
+
 // ---- alternate stacks, nesting, values ----------------------------------------------------------
 
 static char alternate[65536];
@@ -238,6 +253,24 @@ static void stacks(void) {
   stack.ss_flags = SS_DISABLE;
   sigaltstack(&stack, NULL);
   raise(SIGUSR1);
+}
+
+enum { GUARDED = 16384, SMALLEST = 5120 };
+
+// The bytes below the smallest stack stay as they are.
+static void smallest_stack(void) {
+  static char room[GUARDED + SMALLEST] __attribute__((aligned(16)));
+  memset(room, 0x5a, GUARDED);
+  stack_t stack = {.ss_sp = room + GUARDED, .ss_size = SMALLEST};
+  sigaltstack(&stack, NULL);
+  install(SIGUSR1, counter, SA_ONSTACK);
+  count = 0;
+  raise(SIGUSR1);
+  int changed = 0;
+  for (int i = 0; i < GUARDED; ++i) {
+    changed += room[i] != 0x5a;
+  }
+  printf("smallest stack: %d, changed below it %d\n", count, changed);
 }
 
 static void overflow(volatile char* above) {
@@ -297,7 +330,9 @@ int main(void) {
   timers();
   interrupted_calls();
   masks();
+  blocked_segv();
   stacks();
+  smallest_stack();
   stack_overflow();
   registers_survive();
   signal(SIGUSR1, SIG_IGN);
