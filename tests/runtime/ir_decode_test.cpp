@@ -139,6 +139,25 @@ TEST(decode, control_transfers_and_their_targets) {
   }
 }
 
+TEST(decode, conditionals_as_far_as_they_reach) {
+  struct reach {
+    std::uint32_t word;
+    std::int64_t limit;
+  };
+  constexpr reach reaches[] = {
+      {0x54000001, 1 << 20}, {0xb5000005, 1 << 20}, {0x3600001c, 1 << 15}, {0xb7f80003, 1 << 15}};
+  for (const reach& branch : reaches) {
+    EXPECT_FALSE(ir::branch_reaches(branch.word, branch.limit));
+    EXPECT_FALSE(ir::branch_reaches(branch.word, -branch.limit - 4));
+    for (const std::int64_t offset : {-branch.limit, std::int64_t{-4}, branch.limit - 4}) {
+      EXPECT_TRUE(ir::branch_reaches(branch.word, offset));
+      const std::uint32_t redirected = ir::redirected_branch(branch.word, offset);
+      EXPECT_EQ(ir::branch_offset(redirected), offset);
+      EXPECT_EQ(ir::redirected_branch(redirected, 0), ir::redirected_branch(branch.word, 0));
+    }
+  }
+}
+
 TEST(decode, inverted_conditionals) {
   static const std::map<std::string, std::string> opposite = {
       {"cbz", "cbnz"}, {"tbz", "tbnz"}, {"eq", "ne"}, {"cs", "cc"}, {"mi", "pl"},
