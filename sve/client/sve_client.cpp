@@ -47,8 +47,8 @@ uint32_t word_at(const byte* address) {
   return word;
 }
 
-// Called by inserted code, which has stored the other registers and will load them again. Flattened,
-// so that counting is done in its frame.
+// Called by inserted code, which has stored the other registers and will load them again.
+// Flattened, so that counting is done in its frame.
 [[gnu::flatten]] void emulate_instruction(unsigned int encoding, unsigned char* pc,
                                           decode_stub stub) {
   void* const drcontext = dr_get_current_drcontext();
