@@ -20,9 +20,10 @@ help:
 	@echo "make format  reformat the sources"
 	@echo "make clean   remove the build trees"
 
+# The demo needs no package of the tests. The next configuration by a preset has them again.
 demo:
 	@tools/install-packages demo
-	@cmake --preset $(PRODUCT_PRESET) >/dev/null
+	@cmake --preset $(PRODUCT_PRESET) -DBUILD_TESTING=OFF >/dev/null
 	@cmake --build --preset $(PRODUCT_PRESET) -j$(JOBS) --target tavok examples
 	@examples/demo build/$(PRODUCT_PRESET)
 
