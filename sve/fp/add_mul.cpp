@@ -77,7 +77,7 @@ template <FPBits T> T add(T op1, T op2, int negate, int mode, int& flags) {
                                     mode & fp::mode_rounding, mode, &flags);
 }
 
-template <FPBits T> T add_or_subtract(T op1, T op2, int negate, FPSCR& fpscr) {
+template <FPBits T> [[gnu::noinline]] T add_any(T op1, T op2, int negate, FPSCR& fpscr) {
   int flags = 0;
   const T result = add(op1, op2, negate, fp::mode_word(fpscr), flags);
   fpscr |= static_cast<FPSCR>(flags);
@@ -141,6 +141,121 @@ template <FPBits T>
   return F::with_sign(a.is_infinite() ? a.sign : product_sign, F::infinity);
 }
 
+// ---- ordinary values ----------------------------------------------------------------------------
+// Nearly all operands and results are normal numbers not far apart. Sums of them leave out the
+// steps that only other values need.
+
+/// One side of a sum in single or double precision. Three bits above the hidden bit are clear: for
+/// a product of two or more, for a carry, and for the sign of the sum.
+template <typename M> struct Term {
+  std::uint64_t sign;  ///< in the top bit; the others are of no account
+  int exponent;        ///< biased, as the hidden bit's
+  M magnitude;
+};
+
+template <FPBits T> constexpr bool is_normal(T op) {
+  using F = FPFormat<T>;
+  return (T(op + F::hidden_bit) & F::infinity & ~F::hidden_bit) != 0;
+}
+
+template <FPBits T> constexpr int exponent_of(T op) {
+  return static_cast<int>(op >> FPFormat<T>::fraction_bits) & FPFormat<T>::infinite_exponent;
+}
+
+/// The mantissa of a normal number with the hidden bit below `room` clear bits.
+template <FPBits T> constexpr T mantissa_below(int room, T op) {
+  return T(T(T(op << FPFormat<T>::exponent_bits) | FPFormat<T>::sign_bit) >> room);
+}
+
+/// The value's bits from the top of a 64-bit word on.
+template <FPBits T> constexpr std::uint64_t left_aligned(T value) {
+  return std::uint64_t{value} << (64 - FPFormat<T>::width);
+}
+
+constexpr std::uint64_t top_word(std::uint64_t magnitude) { return magnitude; }
+constexpr std::uint64_t top_word(fp::uint128 magnitude) {
+  return static_cast<std::uint64_t>(magnitude >> 64);
+}
+
+/// All bits of M as the top bit of the word.
+template <typename M> constexpr M mask_of_top_bit(std::uint64_t word) {
+  using Signed = std::conditional_t<sizeof(M) == 8, std::int64_t, fp::int128>;
+  return static_cast<M>(Signed{static_cast<std::int64_t>(word) >> 63});
+}
+
+/// The top 64 bits of a magnitude shifted left by 0 to 62, everything below them ORed into bit 0.
+constexpr std::uint64_t top_sticky(std::uint64_t magnitude, int shift) {
+  return magnitude << shift;
+}
+constexpr std::uint64_t top_sticky(fp::uint128 magnitude, int shift) {
+  const auto low = static_cast<std::uint64_t>(magnitude);
+  return top_word(magnitude) << shift | low >> 1 >> (63 - shift) | (low << shift != 0);
+}
+
+/// x + y, rounded by the word. Returns false, with nothing changed, where the exponents are far
+/// apart, almost all bits cancel, or the result is not well inside the normal numbers.
+template <FPBits T, typename M>
+[[gnu::always_inline]] inline bool sum_of_ordinary(Term<M> x, Term<M> y, FPSCR& fpscr, T& result) {
+  using F = FPFormat<T>;
+  const int above = x.exponent - y.exponent;
+  if (above >= F::width || above <= -F::width) [[unlikely]]
+    return false;
+  // Signs and order of real operands follow no pattern, so nothing here branches on them.
+  const M aligned_x = fp::shift_right_sticky(x.magnitude, -above & (above >> 31));
+  const M aligned_y = fp::shift_right_sticky(y.magnitude, above & ~(above >> 31));
+  const M differ = mask_of_top_bit<M>(x.sign ^ y.sign);
+  const M sum = aligned_x + ((aligned_y ^ differ) - differ);
+  const M below_zero = mask_of_top_bit<M>(top_word(sum));
+  const M magnitude = (sum ^ below_zero) - below_zero;
+  if (top_word(magnitude) == 0) [[unlikely]]
+    return false;
+  const int shift = std::countl_zero(top_word(magnitude)) - 1;
+  const int exponent = std::max(x.exponent, y.exponent) + 2 - shift;
+  if (exponent < 1 || exponent >= F::infinite_exponent - 1) [[unlikely]]
+    return false;
+
+  // One bit stays clear for the carry of rounding.
+  constexpr int dropped = 64 - 2 - F::fraction_bits;
+  constexpr std::uint64_t below = (std::uint64_t{1} << dropped) - 1;
+  const int sign = static_cast<int>(x.sign >> 63) ^ static_cast<int>(below_zero & 1);
+  const FPRounding rounding = FPRoundingMode(fpscr);
+  const std::uint64_t value = top_sticky(magnitude, shift);
+  std::uint64_t up = fp::overflows_to_infinity(rounding, sign) ? below : 0;
+  if (rounding == FPRounding_TIEEVEN) [[likely]]
+    up = (below >> 1) + (value >> dropped & 1);
+  // The hidden bit counts one in the exponent, and the carry goes there by itself.
+  const T magnitude_bits = T((value + up) >> dropped);
+  result = F::with_sign(sign, T(T(T(exponent - 1) << F::fraction_bits) + magnitude_bits));
+  fpscr |= (value & below) != 0 ? FPSCR_IXC : 0;
+  return true;
+}
+
+/// The operand as a term of a plain sum. Three bits below the mantissa would do; there are more.
+template <FPBits T> constexpr Term<std::uint64_t> term_of(T op) {
+  return {left_aligned(op), exponent_of(op), left_aligned(mantissa_below(3, op))};
+}
+
+template <FPBits T>
+[[gnu::always_inline]] inline T add_or_subtract(T op1, T op2, int negate, FPSCR& fpscr) {
+  if constexpr (sizeof(T) != 2) {
+    T result;
+    if (is_normal(op1) && is_normal(op2)) [[likely]] {
+      const T signed_op2 = T(op2 ^ FPFormat<T>::with_sign(negate, 0));
+      if (sum_of_ordinary(term_of(op1), term_of(signed_op2), fpscr, result)) [[likely]]
+        return result;
+    }
+  }
+  return add_any(op1, op2, negate, fpscr);
+}
+
+/// FPMulAdd of all operands.
+template <FPBits T> [[gnu::noinline]] T muladd_any(T addend, T op1, T op2, FPSCR& fpscr) {
+  int flags = 0;
+  const T result = fp_muladd(addend, op1, op2, 0, fp::mode_word(fpscr), &flags);
+  fpscr |= static_cast<FPSCR>(flags);
+  return result;
+}
+
 }  // namespace
 
 template <FPBits T> T fp_muladd(T op_a, T op_b, T op_c, int scale, int mode, int* flags) {
@@ -198,10 +313,20 @@ template <FPBits T> T FPMul(T op1, T op2, FPSCR& fpscr) { return multiply(op1, o
 template <FPBits T> T FPMulX(T op1, T op2, FPSCR& fpscr) { return multiply(op1, op2, true, fpscr); }
 
 template <FPBits T> T FPMulAdd(T addend, T op1, T op2, FPSCR& fpscr) {
-  int flags = 0;
-  const T result = fp_muladd(addend, op1, op2, 0, fp::mode_word(fpscr), &flags);
-  fpscr |= static_cast<FPSCR>(flags);
-  return result;
+  if constexpr (sizeof(T) != 2) {
+    T result;
+    if (is_normal(addend) && is_normal(op1) && is_normal(op2)) [[likely]] {
+      using M = Wide<T>;
+      const int exponent = exponent_of(op1) + exponent_of(op2) - FPFormat<T>::bias;
+      const Term<M> product{left_aligned(T(op1 ^ op2)), exponent,
+                            M{mantissa_below(1, op1)} * mantissa_below(1, op2)};
+      const Term<M> other{left_aligned(addend), exponent_of(addend),
+                          M(M{mantissa_below(3, addend)} << FPFormat<T>::width)};
+      if (sum_of_ordinary(product, other, fpscr, result)) [[likely]]
+        return result;
+    }
+  }
+  return muladd_any(addend, op1, op2, fpscr);
 }
 
 template std::uint16_t FPAdd(std::uint16_t, std::uint16_t, FPSCR&);
