@@ -2,7 +2,7 @@
 #pragma once
 
 #include <cstdint>
-#include <map>
+#include <iterator>
 #include <span>
 
 #include "sve/client/cpu_state.h"
@@ -12,12 +12,46 @@
 using decode_stub = aarch64_decode_rc (*)(cpu_state* state, unsigned int word);
 
 // What carries a row out.
-enum class Tier : uint32_t {
+enum class Tier : uint8_t {
   fast,         // a function written for this vector length
   host_fp,      // the same, on the host's floating-point unit, with its status bracketed
   model,        // the reference model, on any vector length
   no_operation  // prefetches
 };
+
+// One set of rows that leave the same bits to operands. A row's key in its map is its value: the
+// word's bits under the map's mask.
+struct decoder_map {
+  uint32_t mask;
+  unsigned step;  // place in the cascade of execute_sve_instruction
+};
+
+// decoder_map_1 to decoder_map_44, in the order of the cascade of is_sve: from the most fixed bits
+// to the fewest. Between maps with equally many, the steps have an order of their own.
+// clang-format off
+inline constexpr decoder_map decoder_maps[] = {
+    {0xffffffff,  1},  {0xfffffe1f,  2},  {0xfffffff0,  3},  {0xfffffe10,  5},
+    {0xffffc21f,  4},  {0xfffffc10,  6},  {0xfffffe00,  7},  {0xffffe3c0,  8},
+    {0xffe0fc1f,  9},  {0xfffffc00, 10},  {0xffffe300, 11},  {0xfffff800, 12},
+    {0xffffc210, 15},  {0xffffe200, 17},  {0xfff0fe10, 14},  {0xffffe010, 16},
+    {0xff3ffc00, 13},  {0xff2ffc00, 20},  {0xfff8fc00, 19},  {0xffffe000, 21},
+    {0xffffc200, 18},  {0xfff0fc00, 25},  {0xffffc000, 23},  {0xffbfe000, 24},
+    {0xffe0fc10, 27},  {0xff27fc00, 26},  {0xfffee000, 22},  {0xff23fc00, 28},
+    {0xffe0fc00, 29},  {0xffa0fc00, 33},  {0xffe0f800, 30},  {0xff21fc00, 32},
+    {0xfff0c210, 31},  {0xffe0e010, 34},  {0xffe0f000, 35},  {0xfff0e000, 36},
+    {0xffe0e000, 37},  {0xfff0c000, 38},  {0xfffc0000, 39},  {0xffc0e010, 40},
+    {0xffc0e000, 43},  {0xffe0c000, 41},  {0xffe02010, 42},  {0xffe08000, 44},
+};
+// clang-format on
+inline constexpr unsigned decoder_map_count = std::size(decoder_maps);
+
+// The index of the map with this mask; decoder_map_count if there is none.
+constexpr uint8_t decoder_map_index(uint32_t mask) {
+  uint8_t index = 0;
+  while (index < decoder_map_count && decoder_maps[index].mask != mask)
+    index++;
+  return index;
+}
 
 // One instruction form: a word matches when its bits under the mask equal the value.
 struct alignas(32) Row {
@@ -26,6 +60,7 @@ struct alignas(32) Row {
   decode_stub stub;
   const char* name;  // the stub's
   Tier tier;
+  uint8_t map = decoder_map_index(mask);
 };
 
 // All rows, in no particular order. Each table of sve/client/rows adds its own.
@@ -34,35 +69,8 @@ std::span<const Row> all_rows();
 // The row whose stub this is, or null.
 const Row* row_of_stub(decode_stub stub);
 
-// One set of rows that leave the same bits to operands. The key is the word's bits under the mask,
-// most significant first, packed to the right.
-struct decoder_map {
-  uint32_t mask;
-  unsigned step;    // place in the cascade of execute_sve_instruction
-  uint16_t groups;  // bit k: there are rows of the encoding group k
-  std::map<int32_t, decode_stub> stubs;
-};
-
-inline constexpr unsigned decoder_maps = 44;
-
-// decoder_map_1 to decoder_map_44, in the order of the cascade of is_sve. number: 1 to 44.
-const decoder_map& decoder_map_number(unsigned number);
-
-// The word's bits under the mask, packed to the right.
-constexpr int32_t decoder_key(uint32_t word, uint32_t mask) {
-  uint32_t key = 0;
-  unsigned place = 0;
-  while (mask != 0) {
-    const int low = __builtin_ctz(mask);
-    const uint32_t above = mask >> low;
-    const int run = above == ~0u ? 32 : __builtin_ctz(~above);
-    const uint32_t ones = run == 32 ? ~0u : (1u << run) - 1;
-    key |= (word >> low & ones) << place;
-    place += run;
-    mask = run + low == 32 ? 0 : mask >> (low + run) << (low + run);
-  }
-  return static_cast<int32_t>(key);
-}
+// The row of decoder_maps[index] that holds the word, or null.
+const Row* row_in_map(unsigned index, uint32_t word);
 
 // Every row lies in the SVE encoding space: bits 28 to 25 are 0010.
 constexpr bool in_sve_space(uint32_t word) { return (word >> 25 & 0xf) == 2; }
@@ -72,6 +80,7 @@ decode_stub stub_to_execute(unsigned int word);
 
 // Words by bits 31 to 29 and 24, which every map keeps and the SVE space leaves free: 0 to 15. Most
 // maps have rows in one or two groups only.
+inline constexpr unsigned encoding_groups = 16;
 constexpr unsigned encoding_group(uint32_t word) { return (word >> 28 & 0xe) | (word >> 24 & 1); }
 
 extern "C" {

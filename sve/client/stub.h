@@ -57,6 +57,7 @@ constexpr uint32_t size_field(element_size size) { return static_cast<uint32_t>(
   namespace stubs {                                                                                \
   aarch64_decode_rc name(cpu_state* state, unsigned int word) { return __VA_ARGS__(state, word); } \
   static_assert(((row_value) & ~(row_mask)) == 0, "the value has bits of an operand");             \
+  static_assert(decoder_map_index(row_mask) < decoder_map_count, "no map has this mask");          \
   [[gnu::section("sve_rows"), gnu::used]] constinit const Row row_of_##name{row_value, row_mask,   \
                                                                             name, #name, tier};    \
   }
