@@ -74,7 +74,11 @@ uint64_t read_block(Context& context, instrlist_t& list) {
     if (transfers != 0 && ir::is_scalable(word)) {
       return pc;
     }
-    ir::append(list, ir::new_original(context.arena, word, reinterpret_cast<app_pc>(pc)));
+    instr_t* const instr = ir::new_original(context.arena, word, reinterpret_cast<app_pc>(pc));
+    ir::append(list, instr);
+    if (instr->plain) {
+      continue;
+    }
     scalable = scalable || ir::is_scalable(word);
     if (ir::control_of(word) != ir::control::none) {
       ++transfers;
@@ -109,7 +113,7 @@ std::vector<uint32_t> restoring_half(Emitter& emitter, const instr_t& call) {
 
 // Tells each call how to give the registers back, before the list is optimised.
 void keep_restoring_halves(Cache& cache, instrlist_t& list, uint64_t tag) {
-  if (!has_call(list)) {
+  if (!list.calls) {
     return;
   }
   Emitter emitter(cache, tag, 0, true);
@@ -123,8 +127,14 @@ void keep_restoring_halves(Cache& cache, instrlist_t& list, uint64_t tag) {
 
 void emit_block(Emitter& emitter, const instrlist_t& list) {
   bool ended = false;
-  for (const instr_t* instr = list.first; instr != nullptr; instr = instr->next) {
-    ended = emit_instruction(emitter, *instr);
+  for (const instr_t* instr = list.first; instr != nullptr;) {
+    if (instr->plain) {
+      instr = emit_plain_instructions(emitter, instr);
+      ended = false;
+    } else {
+      ended = emit_instruction(emitter, *instr);
+      instr = instr->next;
+    }
   }
   if (!ended) {
     emit_exit(emitter, emitter.behind);
@@ -175,7 +185,7 @@ Fragment* build_fragment(Context& context) {
       flush_cache(cache);
       context.last_exit = EXIT_NONE;
     }
-    Emitter emitter(cache, context.pc, behind, has_call(list));
+    Emitter emitter(cache, context.pc, behind, list.calls);
     emit_block(emitter, list);
     if (emitter.words.size() * 4 > kMaxFragmentBytes) {
       fatal("a block grew too large");

@@ -31,15 +31,17 @@ void store_field(Emitter& to, unsigned reg, unsigned field) {
   to.emit(enc::str_x(reg, kStolenRegister, field));
 }
 
+Place place_of(size_t word, uint64_t tag, uint64_t pc, unsigned scratch = kNoScratch) {
+  return {static_cast<uint16_t>(word), static_cast<uint8_t>((pc - tag) / 4),
+          static_cast<uint8_t>(scratch)};
+}
+
 // Notes that the application's instruction at `pc` begins with the next word. In the midst of what
 // the client inserted the registers are not the application's.
 void mark(Emitter& to, uint64_t pc, unsigned scratch = kNoScratch) {
-  if (!to.marking) {
-    return;
+  if (to.marking) {
+    to.cache.places.push_back(place_of(to.words.size(), to.fragment.tag, pc, scratch));
   }
-  to.cache.places.push_back({static_cast<uint16_t>(to.words.size()),
-                             static_cast<uint8_t>((pc - to.fragment.tag) / 4),
-                             static_cast<uint8_t>(scratch)});
 }
 
 // ---- instructions that name X28 -----------------------------------------------------------------
@@ -489,6 +491,17 @@ void emit_constants(Emitter& to) {
     }
     emit_doubleword(to, reinterpret_cast<uint64_t>(use.call->callee));
   }
+}
+
+const instr_t* emit_plain_instructions(Emitter& to, const instr_t* instr) {
+  std::vector<uint32_t>& words = to.words;
+  std::vector<Place>& places = to.cache.places;
+  const uint64_t tag = to.fragment.tag;
+  for (; instr != nullptr && instr->plain; instr = instr->next) {
+    places.push_back(place_of(words.size(), tag, reinterpret_cast<uint64_t>(instr->pc)));
+    words.push_back(instr->word);
+  }
+  return instr;
 }
 
 bool emit_instruction(Emitter& to, const instr_t& instr) {

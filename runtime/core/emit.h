@@ -33,6 +33,9 @@ struct Emitter {
 // One instruction of the finished list: the application's are rewritten as need be, the runtime's
 // go in as they are. Returns whether control does not go on behind it.
 bool emit_instruction(Emitter& emitter, const instr_t& instr);
+// The application's instructions from this one on that need no rewriting; returns the one behind
+// them.
+const instr_t* emit_plain_instructions(Emitter& emitter, const instr_t* instr);
 // The direct exit of a block that ends without a control transfer.
 void emit_exit(Emitter& emitter, uint64_t target, ExitKind kind = ExitKind::direct);
 

@@ -252,16 +252,8 @@ Steps steps_of(const instrlist_t& list) {
 
 }  // namespace
 
-bool has_call(const instrlist_t& list) {
-  const instr_t* instr = list.first;
-  while (instr != nullptr && instr->kind != ir::kind::call) {
-    instr = instr->next;
-  }
-  return instr != nullptr;
-}
-
 void optimise_block(ir::arena& memory, instrlist_t& list, uint64_t context) {
-  if (!has_call(list)) {
+  if (!list.calls) {
     return;
   }
   Steps steps = steps_of(list);

@@ -28,10 +28,8 @@
 
 namespace core {
 
-// Whether there is an inserted call: otherwise there is nothing to gain.
-bool has_call(const instrlist_t& list);
-
-// `context` is the value of X28 while the block runs.
+// Without an inserted call there is nothing to gain. `context` is the value of X28 while the block
+// runs.
 void optimise_block(ir::arena& memory, instrlist_t& list, uint64_t context);
 
 }  // namespace core

@@ -93,8 +93,6 @@ bool branch_reaches(std::uint32_t word, std::int64_t offset) {
   return offset >= -limit && offset < limit;
 }
 
-bool is_scalable(std::uint32_t word) { return (word & 0x1e000000) == 0x04000000; }
-
 unsigned branch_register(std::uint32_t word) {
   const bool return_address = (word & 0xfffffbff) == 0xd65f0bff;
   return return_address ? 30 : field_n(word);
@@ -151,10 +149,6 @@ std::uint32_t literal_load_from(std::uint32_t word, unsigned base) {
   }
   return ((word >> 26 & 1) != 0 ? vector[size] : general[size]) | base << 5 | field_t(word);
 }
-
-bool is_mrs(std::uint32_t word) { return (word & 0xfff00000) == 0xd5300000; }
-bool is_msr_register(std::uint32_t word) { return (word & 0xfff00000) == 0xd5100000; }
-unsigned system_register_of(std::uint32_t word) { return word >> 5 & 0x7fff; }
 
 namespace {
 

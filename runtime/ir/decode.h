@@ -2,6 +2,7 @@
 // never decoded further than that.
 #pragma once
 
+#include <array>
 #include <cstdint>
 
 namespace ir {
@@ -38,7 +39,7 @@ unsigned branch_register(std::uint32_t word);
 std::uint32_t authentication(std::uint32_t word, unsigned target);
 
 // The encodings set apart for scalable vectors.
-bool is_scalable(std::uint32_t word);
+constexpr bool is_scalable(std::uint32_t word) { return (word & 0x1e000000) == 0x04000000; }
 
 // ---- operands relative to the PC ----------------------------------------------------------------
 
@@ -52,10 +53,10 @@ std::uint32_t literal_load_from(std::uint32_t word, unsigned base);
 
 // ---- system registers ---------------------------------------------------------------------------
 
-bool is_mrs(std::uint32_t word);
-bool is_msr_register(std::uint32_t word);
+constexpr bool is_mrs(std::uint32_t word) { return (word & 0xfff00000) == 0xd5300000; }
+constexpr bool is_msr_register(std::uint32_t word) { return (word & 0xfff00000) == 0xd5100000; }
 // The system register of MRS or MSR (register), as in encode.h.
-unsigned system_register_of(std::uint32_t word);
+constexpr unsigned system_register_of(std::uint32_t word) { return word >> 5 & 0x7fff; }
 
 // ---- exclusives ---------------------------------------------------------------------------------
 
@@ -77,7 +78,13 @@ inline constexpr std::uint8_t none = 0, t = 1, n = 2, a = 4, m = 8;
 std::uint8_t general_fields(std::uint32_t word);
 
 // Compare-and-swap pair: T and M name a pair of registers, the even one and its successor.
-bool is_casp(std::uint32_t word);
+constexpr bool is_casp(std::uint32_t word) { return (word & 0xbfa07c00) == 0x08207c00; }
+
+// Whether the number stands where a register's may: most words can be told apart by that alone.
+constexpr bool in_a_field(std::uint32_t word, unsigned number) {
+  return field_t(word) == number || field_n(word) == number || field_a(word) == number ||
+         field_m(word) == number;
+}
 
 // The set of registers that the word names: bit k for number k; 31 is SP or the zero register.
 std::uint32_t named_registers(std::uint32_t word);
@@ -88,5 +95,27 @@ std::uint32_t replace_reg(std::uint32_t word, unsigned from, unsigned to);
 // The lowest register that the word does not name; for a CASP the lowest even one whose successor
 // is not named either.
 unsigned lowest_unused_reg(std::uint32_t word);
+
+// ---- words that stay as they are ----------------------------------------------------------------
+
+// Bits 31:24 of loads, stores and data processing that mean the same at any address. Without
+// exclusives: one of a pair of registers may stand in no field.
+inline constexpr auto plain_first_bytes = [] {
+  constexpr unsigned groups = 0b1111'0011'1111'0000;  // by bits 28:25
+  std::array<bool, 256> plain{};
+  for (unsigned byte = 0; byte < plain.size(); ++byte) {
+    const bool adr = (byte & 0x1f) == 0x10;
+    const bool literal = (byte & 0x3b) == 0x18;
+    const bool exclusive = (byte & 0x3f) == 0x08;
+    plain[byte] = (groups >> (byte >> 1 & 15) & 1) != 0 && !adr && !literal && !exclusive;
+  }
+  return plain;
+}();
+
+// Whether the word needs no rewriting where the register has another meaning. Cheap, for it is
+// asked about every instruction; false for some words of which it is true.
+constexpr bool is_plain_without(std::uint32_t word, unsigned number) {
+  return plain_first_bytes[word >> 24] && !in_a_field(word, number);
+}
 
 }  // namespace ir

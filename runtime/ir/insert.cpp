@@ -117,4 +117,5 @@ void dr_insert_call_tavok(void* drcontext, instrlist_t* list, instr_t* where, ap
   }
   va_end(arguments);
   instrlist_preinsert(list, where, call);
+  list->calls = true;
 }

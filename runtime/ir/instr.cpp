@@ -94,6 +94,7 @@ namespace ir {
 instr_t* new_original(arena& memory, std::uint32_t word, app_pc pc) {
   instr_t* const instr = allocate(memory);
   instr->kind = kind::original;
+  instr->plain = is_plain_without(word, stolen_register);
   instr->word = word;
   instr->pc = pc;
   return instr;

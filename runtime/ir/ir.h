@@ -59,12 +59,14 @@ struct instr_t {
   std::uint32_t word;
   ir::kind kind;
   std::uint8_t opcode;   // of a created instruction
+  bool plain;            // of an original one: needs no rewriting
   ir::call_target call;  // of a call
 };
 
 struct instrlist_t {
   instr_t* first = nullptr;
   instr_t* last = nullptr;
+  bool calls = false;  // there are, or were, inserted calls
 };
 
 namespace ir {

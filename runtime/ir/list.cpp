@@ -37,12 +37,11 @@ namespace ir {
 void append(instrlist_t& list, instr_t* instr) { instrlist_preinsert(&list, nullptr, instr); }
 
 void clear(arena& memory, instrlist_t& list) {
-  while (list.first != nullptr) {
-    instr_t* const instr = list.first;
-    list.first = instr->next;
-    release(memory, instr);
+  if (list.first != nullptr) {
+    list.last->next = memory.free;
+    memory.free = list.first;
   }
-  list.last = nullptr;
+  list = {};
 }
 
 }  // namespace ir

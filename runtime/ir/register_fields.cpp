@@ -161,8 +161,6 @@ std::uint8_t general_fields(std::uint32_t word) {
   }
 }
 
-bool is_casp(std::uint32_t word) { return (word & 0xbfa07c00) == 0x08207c00; }
-
 std::uint32_t named_registers(std::uint32_t word) {
   const std::uint8_t fields = general_fields(word);
   const std::uint32_t pair = is_casp(word) ? 3 : 1;
@@ -175,16 +173,7 @@ std::uint32_t named_registers(std::uint32_t word) {
 }
 
 bool uses_reg(std::uint32_t word, unsigned number) {
-  // Most words have the number in no field at all, nor that of a pair's first register.
-  bool in_a_field = false;
-  const unsigned all[] = {field_t(word), field_n(word), field_a(word), field_m(word)};
-  for (const unsigned field : all) {
-    in_a_field |= field == number || field + 1 == number;
-  }
-  if (!in_a_field) {
-    return false;
-  }
-  return (named_registers(word) >> number & 1) != 0;
+  return (in_a_field(word, number) || is_casp(word)) && (named_registers(word) >> number & 1) != 0;
 }
 
 std::uint32_t replace_reg(std::uint32_t word, unsigned from, unsigned to) {

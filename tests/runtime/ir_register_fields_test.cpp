@@ -168,6 +168,25 @@ TEST(register_fields, no_register_is_missed) {
   EXPECT_EQ(missed, 0u);
 }
 
+TEST(register_fields, plain_words_may_stay_as_they_are) {
+  unsigned plain = 0, wrong = 0;
+  for_each_known([&](size_t, std::uint32_t word, const std::string& text) {
+    if (!ir::is_plain_without(word, stolen_register)) {
+      return;
+    }
+    ++plain;
+    const bool fit = (mentioned_registers(text) >> stolen_register & 1) == 0 &&
+                     ir::control_of(word) == ir::control::none &&
+                     ir::pc_relative_of(word) == ir::pc_relative::none && !ir::is_mrs(word) &&
+                     !ir::is_msr_register(word) && !ir::is_scalable(word);
+    if (!fit && ++wrong <= max_reports) {
+      ADD_FAILURE() << std::hex << word << "  " << text;
+    }
+  });
+  EXPECT_EQ(wrong, 0u);
+  EXPECT_GE(plain, 20000u);
+}
+
 TEST(register_fields, unused_register_is_unused) {
   unsigned used = 0;
   for_each_known([&](size_t, std::uint32_t word, const std::string& text) {
