@@ -1,6 +1,6 @@
 #include "runtime/ir/mov_immediate.h"
 
-#include <algorithm>
+#include <bit>
 
 #include "runtime/ir/encode.h"
 
@@ -12,41 +12,42 @@ constexpr unsigned halfwords = 4;
 unsigned halfword(std::uint64_t value, unsigned hw) { return value >> (16 * hw) & 0xffff; }
 
 // The first instruction of a sequence: what it leaves in the halfwords that it does not name, and
-// how many of them, from the lowest up, it can name.
+// the bits that it can name.
 struct seed {
   std::uint32_t (*encode)(unsigned rd, unsigned imm, unsigned hw);
   std::uint64_t implied;
-  unsigned reach;
+  std::uint64_t reach;
   bool inverted;
 };
 
+constexpr std::uint64_t low_word = 0xffffffff;
 constexpr seed seeds[] = {
-    {enc::movz, 0, 4, false},
-    {enc::movn, ~std::uint64_t{0}, 4, true},
-    {enc::movn_w, 0xffffffff, 2, true},
+    {enc::movz, 0, ~std::uint64_t{0}, false},
+    {enc::movn, ~std::uint64_t{0}, ~std::uint64_t{0}, true},
+    {enc::movn_w, low_word, low_word, true},
 };
 
-unsigned write(const seed& first, unsigned rd, std::uint64_t value, std::uint32_t* words) {
-  unsigned length = 0;
+// One instruction for each halfword that is not as implied, and one to begin with if that can be
+// none of them.
+unsigned length_of(const seed& first, std::uint64_t value) {
+  const std::uint64_t differing = value ^ first.implied;
+  unsigned length = (differing & first.reach) == 0 ? 1 : 0;
   for (unsigned hw = 0; hw < halfwords; ++hw) {
-    const unsigned part = halfword(value, hw);
-    if (part == halfword(first.implied, hw)) {
-      continue;
-    }
-    if (length == 0) {
-      const bool reached = hw < first.reach;
-      const unsigned imm = reached ? halfword(first.inverted ? ~value : value, hw) : 0;
-      words[length++] = first.encode(rd, imm, reached ? hw : 0);
-      if (reached) {
-        continue;
-      }
-    }
-    words[length++] = enc::movk(rd, part, hw);
-  }
-  if (length == 0) {
-    words[length++] = first.encode(rd, 0, 0);
+    length += halfword(differing, hw) != 0 ? 1 : 0;
   }
   return length;
+}
+
+void write(const seed& first, unsigned rd, std::uint64_t value, std::uint32_t* words) {
+  const std::uint64_t differing = value ^ first.implied;
+  const std::uint64_t nameable = differing & first.reach;
+  const unsigned named = nameable == 0 ? 0 : static_cast<unsigned>(std::countr_zero(nameable)) / 16;
+  *words++ = first.encode(rd, halfword(first.inverted ? ~value : value, named), named);
+  for (unsigned hw = 0; hw < halfwords; ++hw) {
+    if ((hw != named || nameable == 0) && halfword(differing, hw) != 0) {
+      *words++ = enc::movk(rd, halfword(value, hw), hw);
+    }
+  }
 }
 
 }  // namespace
@@ -57,16 +58,16 @@ unsigned mov_immediate(unsigned rd, std::uint64_t value, std::uint32_t words[mov
     words[0] = enc::movz(rd, static_cast<unsigned>(value), 0);
     return 1;
   }
-  unsigned shortest = mov_immediate_max + 1;
+  const seed* shortest = nullptr;
+  unsigned length = mov_immediate_max + 1;
   for (const seed& first : seeds) {
-    std::uint32_t candidate[mov_immediate_max];
-    const unsigned length = write(first, rd, value, candidate);
-    if (length < shortest) {
-      shortest = length;
-      std::copy_n(candidate, length, words);
+    if (const unsigned own = length_of(first, value); own < length) {
+      length = own;
+      shortest = &first;
     }
   }
-  return shortest;
+  write(*shortest, rd, value, words);
+  return length;
 }
 
 }  // namespace ir
