@@ -1,5 +1,9 @@
 // The bridge from a row to its function of the reference model: registers become values, results
 // become registers. All of it follows from the function's own types and the row's operand forms.
+//
+// What does not depend on the function is a template over the types of sve/model/context.h, so that
+// rows, for which these are of the built length, and twins, for which they are of any, may meet in
+// one program.
 #pragma once
 
 #include <cstring>
@@ -12,44 +16,21 @@
 
 namespace stubs {
 
-// Eight predicate bytes and eight predicate bits. Only bit 0 of a byte counts.
-constexpr uint64_t low_bit_of_bytes = 0x0101010101010101;
-
-inline uint64_t pack_byte(const uint8_t* bytes) {
-  constexpr uint64_t gather = 0x0102040810204080;  // brings bit 0 of byte i to bit 56 + i
-  uint64_t value;
-  memcpy(&value, bytes, sizeof value);
-  return (value & low_bit_of_bytes) * gather >> 56;
-}
-
-inline void unpack_byte(uint64_t bits, uint8_t* bytes) {
-  constexpr uint64_t bit_i_of_byte_i = 0x8040201008040201;
-  constexpr uint64_t carry_to_top = 0x7f7f7f7f7f7f7f7f;
-  const uint64_t spread = (bits & 0xff) * low_bit_of_bytes & bit_i_of_byte_i;
-  const uint64_t value = (spread + carry_to_top) >> 7 & low_bit_of_bytes;
-  memcpy(bytes, &value, sizeof value);
-}
-
-inline PredV pack(const uint8_t* slot) {
-  return {{pack_byte(slot) | pack_byte(slot + 8) << 8, 0, 0, 0}};
-}
-
-inline void unpack(const PredV& predicate, uint8_t* slot) {
-  unpack_byte(predicate.words[0], slot);
-  unpack_byte(predicate.words[0] >> 8, slot + 8);
-}
-
-inline CpuContext enter_model(const cpu_state* state) {
-  return {static_cast<uint32_t>(state->nzcv), state->fpsr, state->fpcr | state->fz16,
-          vector_bytes / sizeof(uint64_t), pack(state->ffr)};
+template <class Context> Context enter_model(cpu_state* state) {
+  Context context{};
+  context.nzcv = static_cast<uint32_t>(state->nzcv);
+  context.fpsr = state->fpsr;
+  context.fpcr = state->fpcr | state->fz16;
+  model::take_first_faults(context, state->ffr);
+  return context;
 }
 
 // Every instruction carries all of it back, whatever it changed.
-inline void leave_model(cpu_state* state, const CpuContext& context) {
+template <class Context> void leave_model(cpu_state* state, const Context& context) {
   state->nzcv = context.nzcv;
   state->fpsr = context.fpsr;
   state->fpcr = context.fpcr;
-  unpack(context.ffr, state->ffr);
+  model::give_first_faults(state->ffr, context);
 }
 
 // The low bits of a value.
@@ -87,9 +68,9 @@ template <class T> constexpr uint64_t element_bits(aarch64_sve_fp_dup_imm immedi
 }
 
 // A vector's bytes above the vector length stay as they are: nobody looks at them.
-inline VecV vector_value(const uint8_t* slot) {
-  VecV value;
-  memcpy(value.bytes, slot, vector_bytes);
+template <class Value> Value value_of(const uint8_t* slot) {
+  Value value;
+  model::read_slot(slot, value);
   return value;
 }
 
@@ -110,36 +91,34 @@ template <class Parameter> struct Argument {
 };
 template <> struct Argument<VecV> {
   template <class T, class Form> static VecV of(const cpu_state* state, uint32_t word) {
-    return vector_value(state->z[Form::decode(word).index]);
+    return value_of<VecV>(state->z[Form::decode(word).index]);
   }
 };
 template <unsigned count> struct Argument<VecGroup<count>> {
   template <class T, class Form> static VecGroup<count> of(const cpu_state* state, uint32_t word) {
     VecGroup<count> group;
     for (unsigned k = 0; k < count; k++)
-      memcpy(group.vectors[k].bytes, state->z[(Form::decode(word).index + k) % z_registers],
-             vector_bytes);
+      model::read_slot(state->z[(Form::decode(word).index + k) % z_registers], group.vectors[k]);
     return group;
   }
 };
 template <> struct Argument<PredV> {
   template <class T, class Form> static PredV of(const cpu_state* state, uint32_t word) {
-    return pack(state->p[Form::decode(word).index]);
+    return value_of<PredV>(state->p[Form::decode(word).index]);
   }
 };
 
 // The result into the destination.
 template <class Form> inline void give(cpu_state* state, uint32_t word, const VecV& value) {
-  memcpy(state->z[Form::decode(word).index], value.bytes, vector_bytes);
+  model::write_slot(state->z[Form::decode(word).index], value);
 }
 template <class Form, unsigned count>
 inline void give(cpu_state* state, uint32_t word, const VecGroup<count>& group) {
   for (unsigned k = 0; k < count; k++)
-    memcpy(state->z[(Form::decode(word).index + k) % z_registers], group.vectors[k].bytes,
-           vector_bytes);
+    model::write_slot(state->z[(Form::decode(word).index + k) % z_registers], group.vectors[k]);
 }
 template <class Form> inline void give(cpu_state* state, uint32_t word, const PredV& value) {
-  unpack(value, state->p[Form::decode(word).index]);
+  model::write_slot(state->p[Form::decode(word).index], value);
 }
 template <class Form> inline void give(cpu_state* state, uint32_t word, uint64_t value) {
   const auto destination = Form::decode(word);
@@ -180,7 +159,7 @@ inline aarch64_decode_rc bridge(cpu_state* state, unsigned int word) {
   if ((reserved<Forms<T>>(word) || ...))
     return aarch64_decode_ok;
   constexpr auto indices = std::index_sequence_for<Forms<T>...>{};
-  CpuContext context = enter_model(state);
+  auto context = enter_model<CpuContext>(state);
   if constexpr (std::is_void_v<typename Signature::Result>)
     call_model<function, T, Forms...>(state, word, &context, indices);
   else

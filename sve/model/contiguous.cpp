@@ -35,7 +35,7 @@ template <class E> VecV load_segment(const PredV& pg, uint64_t address, CpuConte
     set<E>(result, e,
            active<E>(pg, e) ? read_element<E, sizeof(E)>(address + e * sizeof(E), context) : E{0});
   for (unsigned s = 1; s < segments(context); s++)
-    memcpy(result.bytes + size_t{s} * segment_bytes, result.bytes, segment_bytes);
+    memcpy(bytes_of(result) + size_t{s} * segment_bytes, bytes_of(result), segment_bytes);
   return result;
 }
 
@@ -149,13 +149,20 @@ void VecU64SpillSI(uint64_t base, uint64_t imm, VecV data, CpuContext* context) 
 PredV VecPFillSI(uint64_t base, uint64_t imm, CpuContext* context) {
   const uint64_t start = base + imm * context->vl;
   PredV result = {};
-  for (unsigned i = 0; i < context->vl; i++)
-    set_group<uint64_t>(result, i, read_element<uint8_t, 1>(start + i, context));
+  for (unsigned i = 0; i < context->vl; i++) {
+    const auto byte = read_element<uint8_t, 1>(start + i, context);
+    for (unsigned b = 0; b < 8; b++)
+      set_bit(result, 8 * i + b, (byte >> b & 1) != 0);
+  }
   return result;
 }
 
 void VecPSpillSI(uint64_t base, uint64_t imm, PredV data, CpuContext* context) {
   const uint64_t start = base + imm * context->vl;
-  for (unsigned i = 0; i < context->vl; i++)
-    write<1>(group<uint64_t>(data, i), start + i, context);
+  for (unsigned i = 0; i < context->vl; i++) {
+    uint64_t byte = 0;
+    for (unsigned b = 0; b < 8; b++)
+      byte |= static_cast<uint64_t>(bit(data, 8 * i + b)) << b;
+    write<1>(byte, start + i, context);
+  }
 }

@@ -1,5 +1,5 @@
 // How families of model functions are declared and defined. A function is named
-// Vec<type><operation>, has C linkage, and takes CpuContext* behind its operands.
+// Vec<type><operation>, and takes CpuContext* behind its operands.
 #pragma once
 
 #include "sve/model/context.h"
@@ -15,7 +15,7 @@
 #define MODEL_OPERATIONS_AGAIN() MODEL_OPERATIONS
 #define MODEL_NOTHING()
 #define MODEL_DECLARE(type, operation, result, operands)                                           \
-  extern "C" result Vec##type##operation(MODEL_PARAMETERS operands);
+  MODEL_LINKAGE result Vec##type##operation(MODEL_PARAMETERS operands);
 #define MODEL_PARAMETERS(...) __VA_ARGS__ __VA_OPT__(, ) CpuContext* context
 
 // Rescans often enough for thirty operations.
@@ -27,4 +27,4 @@
 // MODEL_DEFINE(Vec name's type, operation, result, (operands)): the head of a definition, in which
 // E is the element's type.
 #define MODEL_DEFINE(type, operation, result, operands)                                            \
-  extern "C" result Vec##type##operation(MODEL_PARAMETERS operands)
+  MODEL_LINKAGE result Vec##type##operation(MODEL_PARAMETERS operands)

@@ -1,6 +1,4 @@
 // Predicate logic, breaks and the first-fault register.
-#include <iterator>
-
 #include "sve/model/predicate.h"
 #include "sve/model/predicate_ops.h"
 #include "sve/model/vector.h"
@@ -11,6 +9,11 @@ namespace {
 
 constexpr int bit_esize = 8;  // single predicate bits are those of byte elements
 
+PredV all_false() {
+  PredV result = {};
+  return result;
+}
+
 PredV all_true(const CpuContext* context) {
   return map_bits<uint8_t>(context, [](unsigned) { return true; });
 }
@@ -19,7 +22,7 @@ PredV all_true(const CpuContext* context) {
 template <class Operation>
 PredV combine(const PredV& pg, const PredV& pn, const PredV& pm, Operation operation) {
   PredV result;
-  for (unsigned i = 0; i < std::size(result.words); i++)
+  for (unsigned i = 0; i < predicate_words; i++)
     result.words[i] = pg.words[i] & operation(pn.words[i], pm.words[i]);
   return result;
 }
@@ -60,7 +63,7 @@ PredV break_previous(const PredV& pg, const PredV& pn, const PredV& pm, bool beh
 }
 
 PredV break_next(const PredV& pg, const PredV& pn, const PredV& old, CpuContext* context) {
-  return last_active_bit(pg, pn, context) ? old : PredV{};
+  return last_active_bit(pg, pn, context) ? old : all_false();
 }
 
 template <class E> PredV next_active(const PredV& pg, const PredV& old, CpuContext* context) {
@@ -102,22 +105,22 @@ PREDICATE_LOGIC(Nor, ~(a | b))
 
 PredV VecPSelPP(PredV pg, PredV pn, PredV pm, CpuContext*) {
   PredV result;
-  for (unsigned i = 0; i < std::size(result.words); i++)
+  for (unsigned i = 0; i < predicate_words; i++)
     result.words[i] = (pn.words[i] & pg.words[i]) | (pm.words[i] & ~pg.words[i]);
   return result;
 }
 
 PredV VecPBreakAPZ(PredV pg, PredV pn, CpuContext* context) {
-  return break_at({}, pg, pn, true, context);
+  return break_at(all_false(), pg, pn, true, context);
 }
 PredV VecPBreakBPZ(PredV pg, PredV pn, CpuContext* context) {
-  return break_at({}, pg, pn, false, context);
+  return break_at(all_false(), pg, pn, false, context);
 }
 PredV VecPBreakAFlgPZ(PredV pg, PredV pn, CpuContext* context) {
-  return with_flags(pg, break_at({}, pg, pn, true, context), context);
+  return with_flags(pg, break_at(all_false(), pg, pn, true, context), context);
 }
 PredV VecPBreakBFlgPZ(PredV pg, PredV pn, CpuContext* context) {
-  return with_flags(pg, break_at({}, pg, pn, false, context), context);
+  return with_flags(pg, break_at(all_false(), pg, pn, false, context), context);
 }
 PredV VecPBreakAPM(PredV old, PredV pg, PredV pn, CpuContext* context) {
   return break_at(old, pg, pn, true, context);
@@ -173,12 +176,12 @@ PredV VecPSetFirstActiveP(PredV pn, PredV old, CpuContext* context) {
   return with_flags(pn, old, context);
 }
 
-PredV VecPFalse(CpuContext*) { return {}; }
+PredV VecPFalse(CpuContext*) { return all_false(); }
 
 void VecPTestPZ(PredV pg, PredV pn, CpuContext* context) { with_flags(pg, pn, context); }
 
 PredV VecPActualP(PredV pg, CpuContext* context) {
-  return combine(pg, context->ffr, {}, [](uint64_t a, uint64_t) { return a; });
+  return combine(pg, context->ffr, all_false(), [](uint64_t a, uint64_t) { return a; });
 }
 
 PredV VecPActualFlgP(PredV pg, CpuContext* context) {

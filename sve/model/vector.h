@@ -46,14 +46,19 @@ template <class E> inline unsigned elements(const CpuContext* context) {
   return context->vl * 64 / esize<E>;
 }
 
+inline const uint8_t* bytes_of(const VecV& vector) {
+  return reinterpret_cast<const uint8_t*>(&vector.bytes);
+}
+inline uint8_t* bytes_of(VecV& vector) { return reinterpret_cast<uint8_t*>(&vector.bytes); }
+
 template <class E> inline E get(const VecV& vector, unsigned e) {
   E x;
-  memcpy(&x, vector.bytes + e * sizeof(E), sizeof(E));
+  memcpy(&x, bytes_of(vector) + e * sizeof(E), sizeof(E));
   return x;
 }
 
 template <class E> inline void set(VecV& vector, unsigned e, E x) {
-  memcpy(vector.bytes + e * sizeof(E), &x, sizeof(E));
+  memcpy(bytes_of(vector) + e * sizeof(E), &x, sizeof(E));
 }
 
 // The 64-bit element that lies over element e.
@@ -61,31 +66,8 @@ template <class E> inline uint64_t wide(const VecV& vector, unsigned e) {
   return get<uint64_t>(vector, e * sizeof(E) / 8);
 }
 
-inline bool bit(const PredV& predicate, unsigned i) {
-  return (predicate.words[i / 64] >> (i % 64) & 1) != 0;
-}
-
-inline void set_bit(PredV& predicate, unsigned i, bool value) {
-  const uint64_t mask = 1ull << (i % 64);
-  uint64_t& word = predicate.words[i / 64];
-  word = value ? word | mask : word & ~mask;
-}
-
 template <class E> inline bool active(const PredV& predicate, unsigned e) {
   return bit(predicate, e * sizeof(E));
-}
-
-// All bits of an element, lowest first.
-template <class E> inline unsigned group(const PredV& predicate, unsigned e) {
-  const unsigned i = e * sizeof(E);
-  return static_cast<unsigned>(predicate.words[i / 64] >> (i % 64)) & ((1u << sizeof(E)) - 1);
-}
-
-template <class E> inline void set_group(PredV& predicate, unsigned e, unsigned value) {
-  const unsigned i = e * sizeof(E);
-  uint64_t& word = predicate.words[i / 64];
-  const uint64_t mask = ((1ull << sizeof(E)) - 1) << (i % 64);
-  word = (word & ~mask) | (static_cast<uint64_t>(value) << (i % 64) & mask);
 }
 
 // Element by element in ascending order, without a predicate.
