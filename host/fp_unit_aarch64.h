@@ -45,17 +45,26 @@ HOST_FP_BINARY(fadd)
 HOST_FP_BINARY(fsub)
 HOST_FP_BINARY(fmul)
 HOST_FP_BINARY(fdiv)
+HOST_FP_BINARY(fmulx)
 HOST_FP_BINARY(fmax)
+HOST_FP_BINARY(fmin)
 HOST_FP_BINARY(fmaxnm)
 HOST_FP_BINARY(fminnm)
 HOST_FP_BINARY(fmaxnmp)
 HOST_FP_BINARY(fminnmp)
 HOST_FP_BINARY(frecps)
+HOST_FP_BINARY(frsqrts)
 HOST_FP_BINARY(fcmeq)
 HOST_FP_BINARY(fcmge)
 HOST_FP_BINARY(fcmgt)
 HOST_FP_UNARY(frecpe)
+HOST_FP_UNARY(frsqrte)
 HOST_FP_UNARY(frinta)
+HOST_FP_UNARY(frintm)
+HOST_FP_UNARY(frintn)
+HOST_FP_UNARY(frintp)
+HOST_FP_UNARY(frintx)
+HOST_FP_UNARY(frintz)
 HOST_FP_UNARY(fsqrt)
 HOST_FP_UNARY(fcvtzs)
 HOST_FP_UNARY(fcvtzu)
@@ -73,6 +82,30 @@ template <class T> inline fp_vector<T> fmla(fp_vector<T> addend, fp_vector<T> a,
     asm volatile("fmla %0.2d, %1.2d, %2.2d" : "+w"(addend) : "w"(a), "w"(b));
   return addend;
 }
+
+// Conversions between the formats, of the low or the high half of the elements.
+#define HOST_FP_WIDEN(From, To, name, instruction)                                                 \
+  inline fp_vector<To> name(fp_vector<From> a) {                                                   \
+    fp_vector<To> result;                                                                          \
+    asm volatile(instruction : "=w"(result) : "w"(a));                                             \
+    return result;                                                                                 \
+  }
+#define HOST_FP_NARROW(From, To, name, low_instruction, high_instruction)                          \
+  inline fp_vector<To> name(fp_vector<From> low, fp_vector<From> high) {                           \
+    fp_vector<To> result;                                                                          \
+    asm volatile(low_instruction "\n\t" high_instruction : "=&w"(result) : "w"(low), "w"(high));   \
+    return result;                                                                                 \
+  }
+
+HOST_FP_WIDEN(uint16_t, uint32_t, fcvtl, "fcvtl %0.4s, %1.4h")
+HOST_FP_WIDEN(uint16_t, uint32_t, fcvtl2, "fcvtl2 %0.4s, %1.8h")
+HOST_FP_WIDEN(uint32_t, uint64_t, fcvtl, "fcvtl %0.2d, %1.2s")
+HOST_FP_WIDEN(uint32_t, uint64_t, fcvtl2, "fcvtl2 %0.2d, %1.4s")
+HOST_FP_NARROW(uint32_t, uint16_t, fcvtn, "fcvtn %0.4h, %1.4s", "fcvtn2 %0.8h, %2.4s")
+HOST_FP_NARROW(uint64_t, uint32_t, fcvtxn, "fcvtxn %0.2s, %1.2d", "fcvtxn2 %0.4s, %2.2d")
+
+#undef HOST_FP_WIDEN
+#undef HOST_FP_NARROW
 
 // Conversions between sizes, on one element. Single precision and 32-bit integers lie in the low
 // word of the pattern; so do 32-bit results, with the high word 0.

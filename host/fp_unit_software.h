@@ -64,11 +64,15 @@ HOST_FP_BINARY(fadd, FPAdd)
 HOST_FP_BINARY(fsub, FPSub)
 HOST_FP_BINARY(fmul, FPMul)
 HOST_FP_BINARY(fdiv, FPDiv)
+HOST_FP_BINARY(fmulx, FPMulX)
 HOST_FP_BINARY(fmax, FPMax)
+HOST_FP_BINARY(fmin, FPMin)
 HOST_FP_BINARY(fmaxnm, FPMaxNum)
 HOST_FP_BINARY(fminnm, FPMinNum)
 HOST_FP_BINARY(frecps, FPRecipStepFused)
+HOST_FP_BINARY(frsqrts, FPRSqrtStepFused)
 HOST_FP_UNARY(frecpe, FPRecipEstimate)
+HOST_FP_UNARY(frsqrte, FPRSqrtEstimate)
 HOST_FP_UNARY(fsqrt, FPSqrt)
 HOST_FP_COMPARE(fcmeq, FPCompareEQ)
 HOST_FP_COMPARE(fcmge, FPCompareGE)
@@ -78,10 +82,19 @@ HOST_FP_COMPARE(fcmgt, FPCompareGT)
 #undef HOST_FP_BINARY
 #undef HOST_FP_COMPARE
 
-template <class T> inline fp_vector<T> frinta(fp_vector<T> a) {
-  return each<T>(
-      a, [](T op, FPSCR& word) { return FPRoundInt<T>(op, FPRounding_TIEAWAY, false, word); });
-}
+#define HOST_FP_ROUND(name, rounding, exact)                                                       \
+  template <class T> inline fp_vector<T> name(fp_vector<T> a) {                                    \
+    return each<T>(a, [](T op, FPSCR& word) { return FPRoundInt<T>(op, rounding, exact, word); }); \
+  }
+
+HOST_FP_ROUND(frinta, FPRounding_TIEAWAY, false)
+HOST_FP_ROUND(frintm, FPRounding_NEGINF, false)
+HOST_FP_ROUND(frintn, FPRounding_TIEEVEN, false)
+HOST_FP_ROUND(frintp, FPRounding_POSINF, false)
+HOST_FP_ROUND(frintx, FPRoundingMode(word), true)
+HOST_FP_ROUND(frintz, FPRounding_ZERO, false)
+
+#undef HOST_FP_ROUND
 
 // Neighbours combined: those of a in the low half, those of b in the high one.
 template <class T, class Operation>
@@ -110,6 +123,43 @@ template <class T> inline fp_vector<T> fmla(fp_vector<T> addend, fp_vector<T> a,
   for (unsigned e = 0; e < 16 / sizeof(T); e++)
     result[e] = run([&](FPSCR& word) { return FPMulAdd<T>(addend[e], a[e], b[e], word); });
   return result;
+}
+
+// Conversions between the formats, of the low or the high half of the elements. FZ16 has no part in
+// them.
+
+template <class To, class From> inline To convert(From op, FPRounding rounding) {
+  return run([&](FPSCR& word) {
+    word &= ~FPSCR_FZ16;
+    return FPConvert<To>(op, rounding, word);
+  });
+}
+
+template <class To, class From> inline fp_vector<To> widen(fp_vector<From> a, unsigned first) {
+  fp_vector<To> result;
+  for (unsigned e = 0; e < 16 / sizeof(To); e++)
+    result[e] = convert<To, From>(a[first + e], FPRoundingMode(fpcr));
+  return result;
+}
+
+template <class To, class From>
+inline fp_vector<To> narrow(fp_vector<From> low, fp_vector<From> high, FPRounding rounding) {
+  constexpr unsigned n = 16 / sizeof(From);
+  fp_vector<To> result;
+  for (unsigned e = 0; e < 2 * n; e++)
+    result[e] = convert<To, From>(e < n ? low[e] : high[e - n], rounding);
+  return result;
+}
+
+inline fp_vector<uint32_t> fcvtl(fp_vector<uint16_t> a) { return widen<uint32_t, uint16_t>(a, 0); }
+inline fp_vector<uint32_t> fcvtl2(fp_vector<uint16_t> a) { return widen<uint32_t, uint16_t>(a, 4); }
+inline fp_vector<uint64_t> fcvtl(fp_vector<uint32_t> a) { return widen<uint64_t, uint32_t>(a, 0); }
+inline fp_vector<uint64_t> fcvtl2(fp_vector<uint32_t> a) { return widen<uint64_t, uint32_t>(a, 2); }
+inline fp_vector<uint16_t> fcvtn(fp_vector<uint32_t> low, fp_vector<uint32_t> high) {
+  return narrow<uint16_t, uint32_t>(low, high, FPRoundingMode(fpcr));
+}
+inline fp_vector<uint32_t> fcvtxn(fp_vector<uint64_t> low, fp_vector<uint64_t> high) {
+  return narrow<uint32_t, uint64_t>(low, high, FPRounding_ODD);
 }
 
 // Conversions between an integer and a floating-point value. To and From are unsigned types of the

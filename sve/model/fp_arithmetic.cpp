@@ -21,24 +21,20 @@ uint64_t scale(uint64_t x, uint64_t by, FPSCR& fpscr) {
   return FPScale64(x, static_cast<int64_t>(by), fpscr);
 }
 
-// The constant of an immediate form, in single and in double precision.
+// The constant of an immediate form in each precision.
 struct Constant {
+  uint16_t half;
   uint32_t single;
   uint64_t wide;
 };
-constexpr Constant zero{0, 0}, half{0x3f000000, 0x3fe0000000000000},
-    one{FPFormat<uint32_t>::one, FPFormat<uint64_t>::one},
-    two{FPFormat<uint32_t>::two, FPFormat<uint64_t>::two};
+constexpr Constant zero{0, 0, 0}, half{0x3800, 0x3f000000, 0x3fe0000000000000},
+    one{FPFormat<uint16_t>::one, FPFormat<uint32_t>::one, FPFormat<uint64_t>::one},
+    two{FPFormat<uint16_t>::two, FPFormat<uint32_t>::two, FPFormat<uint64_t>::two};
 
-template <class E> E in_format(Constant constant, CpuContext* context) {
-  if constexpr (sizeof(E) == sizeof(uint16_t))
-    return conversion_step(context, [&](FPSCR& fpscr) {
-      return FPConvert<uint16_t>(constant.single, FPRounding_ZERO, fpscr);
-    });
-  else if constexpr (sizeof(E) == sizeof(uint32_t))
-    return constant.single;
-  else
-    return constant.wide;
+template <class E> VecV all_elements(const Constant& constant, const CpuContext* context) {
+  return map<E>(context, [&](unsigned) -> E {
+    return sizeof(E) == 2 ? constant.half : sizeof(E) == 4 ? constant.single : constant.wide;
+  });
 }
 
 }  // namespace
@@ -57,7 +53,7 @@ FP_MERGING(MinVVM, (F16, F32, D64), FPMin(a, b, fpscr))
 FP_MERGING(MaxNumVVM, (F16, F32, D64), FPMaxNum(a, b, fpscr))
 FP_MERGING(MinNumVVM, (F16, F32, D64), FPMinNum(a, b, fpscr))
 FP_MERGING(ScaleVVM, (F16, F32, D64), scale(a, b, fpscr))
-FP_MERGING(SqrtVM, (F16, F32, D64), FPSqrt(b, fpscr))
+FP_MERGING_UNARY(SqrtVM, (F16, F32, D64), FPSqrt(x, fpscr))
 
 MERGING_UNARY(AbsVM, (F16, F32, D64), magnitude(x))
 MERGING_UNARY(NegVM, (F16, F32, D64), FPNeg(x))
@@ -74,10 +70,8 @@ FP_PLAIN_BINARY(MulVVX, (F16, F32, D64), FPMul(a, b, fpscr))
 #define FP_CONSTANT_FUNCTION(type, operation, constant_0, constant_1, ...)                         \
   MODEL_DEFINE(type, operation, VecV, (VecV old, PredV pg, uint64_t imm)) {                        \
     using E = model::type;                                                                         \
-    return merge<E>(old, pg, context, [&](unsigned e) {                                            \
-      const E a = get<E>(old, e), b = in_format<E>(imm != 0 ? constant_1 : constant_0, context);   \
-      return step(context, [&](FPSCR& fpscr) -> E { return __VA_ARGS__; });                        \
-    });                                                                                            \
+    return fp_merge<E>(old, pg, context, FP_OF_2(__VA_ARGS__), old,                                \
+                       all_elements<E>(imm != 0 ? constant_1 : constant_0, context));              \
   }
 
 // clang-format off
@@ -94,10 +88,7 @@ FP_CONSTANT(MinNumVIM, zero, one, FPMinNum(a, b, fpscr))
 #define FP_MULTIPLY_INDEXED(type, operation, ...)                                                  \
   MODEL_DEFINE(type, operation, VecV, (VecV zn, VecV zm, uint64_t index)) {                        \
     using E = model::type;                                                                         \
-    return map<E>(context, [&](unsigned e) {                                                       \
-      return step(context, [&](FPSCR& fpscr) {                                                     \
-        return FPMul(get<E>(zn, e), get_indexed<E>(zm, e, index), fpscr);                          \
-      });                                                                                          \
-    });                                                                                            \
+    return fp_map<E>(context, FP_OF_2(FPMul(a, b, fpscr)), zn,                                     \
+                     spread_indexed<E>(zm, index, context));                                       \
   }
 SVE_EACH(FP_MULTIPLY_INDEXED, MulVVIX, (F16, F32, D64), )

@@ -10,21 +10,13 @@ using namespace model;
   SVE_EACH(FP_COMPARE_FUNCTION, operation, (F16, F32, D64), __VA_ARGS__)
 #define FP_COMPARE_FUNCTION(type, operation, ...)                                                  \
   MODEL_DEFINE(type, operation, PredV, (PredV pg, VecV zn, VecV zm)) {                             \
-    using E = model::type;                                                                         \
-    return map_active_bits<E>(pg, context, [&](unsigned e) {                                       \
-      const E a = get<E>(zn, e), b = get<E>(zm, e);                                                \
-      return step(context, [&](FPSCR& fpscr) { return __VA_ARGS__; });                             \
-    });                                                                                            \
+    return fp_compare<model::type>(pg, context, FP_OF_2(__VA_ARGS__), zn, zm);                     \
   }
 #define FP_COMPARE_ZERO(operation, ...)                                                            \
   SVE_EACH(FP_COMPARE_ZERO_FUNCTION, operation, (F16, F32, D64), __VA_ARGS__)
 #define FP_COMPARE_ZERO_FUNCTION(type, operation, ...)                                             \
   MODEL_DEFINE(type, operation, PredV, (PredV pg, VecV zn)) {                                      \
-    using E = model::type;                                                                         \
-    return map_active_bits<E>(pg, context, [&](unsigned e) {                                       \
-      const E a = get<E>(zn, e), b = 0;                                                            \
-      return step(context, [&](FPSCR& fpscr) { return __VA_ARGS__; });                             \
-    });                                                                                            \
+    return fp_compare<model::type>(pg, context, FP_OF_2(__VA_ARGS__), zn, VecV{});                 \
   }
 
 FP_COMPARE(CmpEQVVZ, FPCompareEQ(a, b, fpscr))

@@ -8,13 +8,13 @@
 using namespace model;
 
 // clang-format off
-FP_MERGING(FRIntAVM, (F16, F32, D64), FPRoundInt(b, FPRounding_TIEAWAY, false, fpscr))
-FP_MERGING(FRIntIVM, (F16, F32, D64), FPRoundInt(b, FPRoundingMode(fpscr), false, fpscr))
-FP_MERGING(FRIntMVM, (F16, F32, D64), FPRoundInt(b, FPRounding_NEGINF, false, fpscr))
-FP_MERGING(FRIntNVM, (F16, F32, D64), FPRoundInt(b, FPRounding_TIEEVEN, false, fpscr))
-FP_MERGING(FRIntPVM, (F16, F32, D64), FPRoundInt(b, FPRounding_POSINF, false, fpscr))
-FP_MERGING(FRIntXVM, (F16, F32, D64), FPRoundInt(b, FPRoundingMode(fpscr), true, fpscr))
-FP_MERGING(FRIntZVM, (F16, F32, D64), FPRoundInt(b, FPRounding_ZERO, false, fpscr))
+FP_MERGING_UNARY(FRIntAVM, (F16, F32, D64), FPRoundInt(x, FPRounding_TIEAWAY, false, fpscr))
+FP_MERGING_UNARY(FRIntIVM, (F16, F32, D64), FPRoundInt(x, FPRoundingMode(fpscr), false, fpscr))
+FP_MERGING_UNARY(FRIntMVM, (F16, F32, D64), FPRoundInt(x, FPRounding_NEGINF, false, fpscr))
+FP_MERGING_UNARY(FRIntNVM, (F16, F32, D64), FPRoundInt(x, FPRounding_TIEEVEN, false, fpscr))
+FP_MERGING_UNARY(FRIntPVM, (F16, F32, D64), FPRoundInt(x, FPRounding_POSINF, false, fpscr))
+FP_MERGING_UNARY(FRIntXVM, (F16, F32, D64), FPRoundInt(x, FPRoundingMode(fpscr), true, fpscr))
+FP_MERGING_UNARY(FRIntZVM, (F16, F32, D64), FPRoundInt(x, FPRounding_ZERO, false, fpscr))
 // clang-format on
 
 // The type, the operation, container, and the types of source and result.

@@ -24,7 +24,7 @@ FP_PLAIN_UNARY(RecpEV, (F16, F32, D64), FPRecipEstimate(x, fpscr))
 FP_PLAIN_UNARY(RSqrtEV, (F16, F32, D64), FPRSqrtEstimate(x, fpscr))
 FP_PLAIN_BINARY(RecpSVV, (F16, F32, D64), FPRecipStepFused(a, b, fpscr))
 FP_PLAIN_BINARY(RSqrtSVV, (F16, F32, D64), FPRSqrtStepFused(a, b, fpscr))
-FP_MERGING(RecpXVM, (F16, F32, D64), FPRecpX(b, fpscr))
+FP_MERGING_UNARY(RecpXVM, (F16, F32, D64), FPRecpX(x, fpscr))
 
 FP_PLAIN_BINARY(TRISMULVV, (F16, F32, D64), FPTRISMUL(a, b, fpscr))
 PLAIN_UNARY(EXPAV, (F16, F32, D64), FPEXPA(x))

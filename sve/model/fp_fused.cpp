@@ -10,23 +10,29 @@ namespace {
 
 template <class E> E negated_if(bool condition, E x) { return condition ? FPNeg(x) : x; }
 
-// Element e of old plus zn rotated by a quarter turn, or by three.
-template <class E>
-E complex_add(const VecV& old, const VecV& zn, unsigned e, uint64_t rotation, FPSCR& fpscr) {
-  const bool real = e % 2 == 0;
-  const E other_part = get<E>(zn, e ^ 1);
-  return FPAdd(get<E>(old, e), negated_if(real == (rotation == 0), other_part), fpscr);
+// zn rotated by a quarter turn, or by three.
+template <class E> VecV turned(const VecV& zn, uint64_t rotation, const CpuContext* context) {
+  return map<E>(context, [&](unsigned e) {
+    const bool real = e % 2 == 0;
+    return negated_if(real == (rotation == 0), get<E>(zn, e ^ 1));
+  });
 }
 
-// Element e of old plus a part of zn's pair times zm's, with that pair's number of zm.
-template <class E>
-E complex_multiply_add(const VecV& old, const VecV& zn, const VecV& zm, unsigned e,
-                       unsigned zm_pair, uint64_t rotation, FPSCR& fpscr) {
-  const bool real = e % 2 == 0, odd_turn = rotation % 2 != 0, half_turn = rotation >= 2;
-  const E n = get<E>(zn, (e & ~1u) + odd_turn);
-  const E m = get<E>(zm, 2 * zm_pair + (real == odd_turn));
-  const bool negative = real ? odd_turn != half_turn : half_turn;
-  return FPMulAdd(get<E>(old, e), n, negated_if(negative, m), fpscr);
+// The part of each of zn's pairs that the rotation multiplies.
+template <class E> VecV multiplier(const VecV& zn, uint64_t rotation, const CpuContext* context) {
+  const unsigned odd_turn = rotation % 2;
+  return map<E>(context, [&](unsigned e) { return get<E>(zn, (e & ~1u) + odd_turn); });
+}
+
+// What it is multiplied with: a part of zm's pair of that number.
+template <class E, class PairOf>
+VecV multiplicand(const VecV& zm, uint64_t rotation, const CpuContext* context, PairOf pair_of) {
+  const bool odd_turn = rotation % 2 != 0, half_turn = rotation >= 2;
+  return map<E>(context, [&](unsigned e) {
+    const bool real = e % 2 == 0;
+    const bool negative = real ? odd_turn != half_turn : half_turn;
+    return negated_if(negative, get<E>(zm, 2 * pair_of(e) + (real == odd_turn)));
+  });
 }
 
 template <class E> unsigned indexed_pair(unsigned e, uint64_t index) {
@@ -47,47 +53,37 @@ FP_FUSED(FNMADDVVVM, (F16, F32, D64), FPMulAdd(FPNeg(c), FPNeg(a), b, fpscr))
 FP_FUSED(FNMSUBVVVM, (F16, F32, D64), FPMulAdd(FPNeg(c), a, b, fpscr))
 // clang-format on
 
-#define FP_FUSED_INDEXED(type, operation, negative)                                                \
+#define FP_FUSED_INDEXED(type, operation, ...)                                                     \
   MODEL_DEFINE(type, operation, VecV, (VecV zn, VecV zm, VecV old, uint64_t index)) {              \
     using E = model::type;                                                                         \
-    return map<E>(context, [&](unsigned e) {                                                       \
-      return step(context, [&](FPSCR& fpscr) {                                                     \
-        return FPMulAdd(get<E>(old, e), negated_if(negative, get<E>(zn, e)),                       \
-                        get_indexed<E>(zm, e, index), fpscr);                                      \
-      });                                                                                          \
-    });                                                                                            \
+    return fp_map<E>(context, FP_OF_3(__VA_ARGS__), old, zn,                                       \
+                     spread_indexed<E>(zm, index, context));                                       \
   }
 #define FP_COMPLEX_ADD(type, operation, ...)                                                       \
   MODEL_DEFINE(type, operation, VecV, (VecV old, PredV pg, VecV zn, uint64_t rotation)) {          \
     using E = model::type;                                                                         \
-    return merge<E>(old, pg, context, [&](unsigned e) {                                            \
-      return step(context,                                                                         \
-                  [&](FPSCR& fpscr) { return complex_add<E>(old, zn, e, rotation, fpscr); });      \
-    });                                                                                            \
+    return fp_merge<E>(old, pg, context, FP_OF_2(FPAdd(a, b, fpscr)), old,                         \
+                       turned<E>(zn, rotation, context));                                          \
   }
 #define FP_COMPLEX_MULTIPLY(type, operation, ...)                                                  \
   MODEL_DEFINE(type, operation, VecV, (VecV old, PredV pg, VecV zn, VecV zm, uint64_t rotation)) { \
     using E = model::type;                                                                         \
-    return merge<E>(old, pg, context, [&](unsigned e) {                                            \
-      return step(context, [&](FPSCR& fpscr) {                                                     \
-        return complex_multiply_add<E>(old, zn, zm, e, e / 2, rotation, fpscr);                    \
-      });                                                                                          \
-    });                                                                                            \
+    return fp_merge<E>(old, pg, context, FP_OF_3(FPMulAdd(a, b, c, fpscr)), old,                   \
+                       multiplier<E>(zn, rotation, context),                                       \
+                       multiplicand<E>(zm, rotation, context, [](unsigned e) { return e / 2; }));  \
   }
 #define FP_COMPLEX_INDEXED(type, operation, ...)                                                   \
   MODEL_DEFINE(type, operation, VecV,                                                              \
                (VecV zn, VecV zm, VecV old, uint64_t rotation, uint64_t index)) {                  \
     using E = model::type;                                                                         \
-    return map<E>(context, [&](unsigned e) {                                                       \
-      return step(context, [&](FPSCR& fpscr) {                                                     \
-        return complex_multiply_add<E>(old, zn, zm, e, indexed_pair<E>(e, index), rotation,        \
-                                       fpscr);                                                     \
-      });                                                                                          \
-    });                                                                                            \
+    return fp_map<E>(context, FP_OF_3(FPMulAdd(a, b, c, fpscr)), old,                              \
+                     multiplier<E>(zn, rotation, context),                                         \
+                     multiplicand<E>(zm, rotation, context,                                        \
+                                     [&](unsigned e) { return indexed_pair<E>(e, index); }));      \
   }
 
-SVE_EACH(FP_FUSED_INDEXED, FMAVVVIX, (F16, F32, D64), false)
-SVE_EACH(FP_FUSED_INDEXED, FMSVVVIX, (F16, F32, D64), true)
+SVE_EACH(FP_FUSED_INDEXED, FMAVVVIX, (F16, F32, D64), FPMulAdd(a, b, c, fpscr))
+SVE_EACH(FP_FUSED_INDEXED, FMSVVVIX, (F16, F32, D64), FPMulAdd(a, FPNeg(b), c, fpscr))
 SVE_EACH(FP_COMPLEX_ADD, FCADDVVM, (F16, F32, D64), )
 SVE_EACH(FP_COMPLEX_MULTIPLY, FCMLAVVVM, (F16, F32, D64), )
 SVE_EACH(FP_COMPLEX_INDEXED, FCMLAVVVIX, (F16, F32), )

@@ -1,6 +1,9 @@
 #include "tests/model/random_case.h"
 
+#include <sys/mman.h>
+
 #include <cctype>
+#include <new>
 
 namespace tiers {
 
@@ -137,6 +140,19 @@ uint64_t interesting_fp(Random& random, unsigned width) {
   const uint64_t fraction =
       fraction_choice < std::size(fractions) ? fractions[fraction_choice] : random() & ones;
   return (random() % 2) << (8 * width - 1) | exponent << fraction_bits | fraction;
+}
+
+Memory& low_memory() {
+  static Memory* const memory = [] {
+    constexpr uintptr_t low_address = 0x20000000;
+    void* const mapped =
+        mmap(reinterpret_cast<void*>(low_address), sizeof(Memory), PROT_READ | PROT_WRITE,
+             MAP_PRIVATE | MAP_ANONYMOUS | MAP_FIXED_NOREPLACE, -1, 0);
+    if (mapped == MAP_FAILED)
+      throw std::runtime_error("no memory below 4 GiB");
+    return new (mapped) Memory;
+  }();
+  return *memory;
 }
 
 bool touches_memory(const Row& row) { return addresses_of(row.name) != Addresses::none; }

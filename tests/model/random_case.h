@@ -9,14 +9,16 @@
 
 namespace tiers {
 
-// Application memory of a case. Every address of a case lies well inside of it. Rows with vectors
-// of 32-bit addresses need memory that such an address reaches.
+// Application memory of a case. Every address of a case lies well inside of it.
 struct Memory {
   static constexpr size_t size = 16384;
   alignas(64) std::array<uint8_t, size> bytes;
 
   uint64_t middle() const { return reinterpret_cast<uint64_t>(bytes.data()) + size / 2; }
 };
+
+// Such memory, below 4 GiB. There is one of it.
+Memory& low_memory();
 
 struct Case {
   uint32_t word;
