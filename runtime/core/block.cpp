@@ -1,6 +1,5 @@
 #include "runtime/core/block.h"
 
-#include <algorithm>
 #include <cstring>
 
 #include "runtime/core/client.h"
@@ -38,14 +37,11 @@ public:
 
 private:
   unsigned read(uint64_t pc) {
-    const uint64_t end = executable_end(pc);
-    if (pc % 4 != 0 || end == 0) {
+    if (pc % 4 != 0) {
       return 0;
     }
-    const size_t wanted = std::min<uint64_t>(sizeof words_, end - pc);
     // Noted first, so that a change by another thread cannot fall between reading and noting.
-    constexpr uint64_t kGrain = 4096;
-    note_decoded(pc & ~(kGrain - 1), (pc + wanted + kGrain - 1) & ~(kGrain - 1));
+    const size_t wanted = note_decoded(pc, sizeof words_);
     const size_t missing = core_copy(words_, reinterpret_cast<const void*>(pc), wanted);
     return static_cast<unsigned>((wanted - missing) / 4);
   }

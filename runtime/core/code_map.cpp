@@ -90,12 +90,21 @@ uint64_t executable_end(uint64_t pc) {
   return executable.end_of_range(pc);
 }
 
-void note_decoded(uint64_t begin, uint64_t end) {
+uint64_t note_decoded(uint64_t pc, uint64_t size) {
+  constexpr uint64_t kGrain = 4096;
   const std::lock_guard lock(map_mutex);
+  const uint64_t limit = executable.end_of_range(pc);
+  if (limit == 0) {
+    return 0;
+  }
+  size = std::min(size, limit - pc);
+  const uint64_t begin = pc & ~(kGrain - 1);
+  const uint64_t end = (pc + size + kGrain - 1) & ~(kGrain - 1);
   // Most blocks lie in pages that are known already.
   if (decoded.end_of_range(begin) < end) {
     decoded.add(begin, end);
   }
+  return size;
 }
 
 bool forget_decoded(uint64_t begin, uint64_t end) {

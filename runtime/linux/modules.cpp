@@ -4,8 +4,8 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <atomic>
 #include <climits>
-#include <cstdlib>
 #include <cstring>
 #include <mutex>
 #include <vector>
@@ -17,9 +17,16 @@
 namespace os {
 namespace {
 
-struct Module {
-  uint64_t begin, end, entry;
+// What the client is given. It asks for each block, so all its answers about a module are the same
+// data, which goes with the last user; the table is one of them.
+struct ModuleData : module_data_t {
   std::string path;
+  std::atomic<unsigned> users = 1;
+};
+
+struct Module {
+  uint64_t begin, end;
+  ModuleData* data;
   bool main;
 };
 
@@ -61,32 +68,37 @@ std::string path_of(int fd) {
   return length > 0 ? std::string(path, static_cast<size_t>(length)) : std::string();
 }
 
-module_data_t* data_of(const Module& module) {
-  // The path stands behind the data, since the client asks for each block.
-  const std::string& path = module.path;
-  void* const memory = std::malloc(sizeof(module_data_t) + path.size() + 1);
-  if (memory == nullptr) {
-    std::abort();
-  }
-  auto* const data = new (memory) module_data_t;
-  data->start = reinterpret_cast<app_pc>(module.begin);
-  data->end = reinterpret_cast<app_pc>(module.end);
-  data->entry_point = reinterpret_cast<app_pc>(module.entry);
-  data->full_path = static_cast<char*>(std::memcpy(data + 1, path.c_str(), path.size() + 1));
+ModuleData* new_data(uint64_t begin, uint64_t end, uint64_t entry, std::string path) {
+  auto* const data = new ModuleData;
+  data->start = reinterpret_cast<app_pc>(begin);
+  data->end = reinterpret_cast<app_pc>(end);
+  data->entry_point = reinterpret_cast<app_pc>(entry);
+  data->path = std::move(path);
+  data->full_path = data->path.c_str();
   return data;
+}
+
+void release(ModuleData* data) {
+  if (data->users.fetch_sub(1) == 1) {
+    delete data;
+  }
 }
 
 template <typename Predicate> module_data_t* find_module(Predicate predicate) {
   const std::lock_guard lock(modules_mutex);
   const auto found = std::find_if(modules.begin(), modules.end(), predicate);
-  return found != modules.end() ? data_of(*found) : nullptr;
+  if (found == modules.end()) {
+    return nullptr;
+  }
+  found->data->users.fetch_add(1);
+  return found->data;
 }
 
 }  // namespace
 
 void add_module(uint64_t begin, uint64_t end, uint64_t entry, std::string path, bool main) {
   const std::lock_guard lock(modules_mutex);
-  modules.push_back({begin, end, entry, std::move(path), main});
+  modules.push_back({begin, end, new_data(begin, end, entry, std::move(path)), main});
 }
 
 void note_file_mapping(uint64_t address, uint64_t size, int fd) {
@@ -99,8 +111,13 @@ void note_file_mapping(uint64_t address, uint64_t size, int fd) {
 
 void forget_modules(uint64_t begin, uint64_t end) {
   const std::lock_guard lock(modules_mutex);
-  std::erase_if(modules,
-                [=](const Module& module) { return module.begin >= begin && module.begin < end; });
+  std::erase_if(modules, [=](const Module& module) {
+    const bool gone = module.begin >= begin && module.begin < end;
+    if (gone) {
+      release(module.data);
+    }
+    return gone;
+  });
 }
 
 void lock_modules() { modules_mutex.lock(); }
@@ -118,4 +135,8 @@ module_data_t* dr_lookup_module(byte* pc) {
       [=](const os::Module& module) { return address >= module.begin && address < module.end; });
 }
 
-void dr_free_module_data(module_data_t* data) { std::free(data); }
+void dr_free_module_data(module_data_t* data) {
+  if (data != nullptr) {
+    os::release(static_cast<os::ModuleData*>(data));
+  }
+}
