@@ -47,9 +47,10 @@ function(tavok_test name)
   set_tests_properties(${name} PROPERTIES LABELS ${arg_LABEL} TIMEOUT ${arg_TIMEOUT})
 endfunction()
 
-# tavok_joined(<sources>...): what runs for each emulated instruction lies on both sides of the
-# client's interface. These sources are compiled to code, and besides to what link-time optimisation
-# takes: a launcher joins them, and everything else links their code as usual.
+# tavok_joined(<sources>...): what runs for each emulated instruction, and for each instruction of a
+# new block, lies on both sides of the client's interface. These sources are compiled to code, and
+# besides to what link-time optimisation takes: a launcher joins them, and everything else links
+# their code as usual.
 function(tavok_joined)
   if(TAVOK_AARCH64 AND CMAKE_CXX_COMPILER_ID STREQUAL GNU)
     set_source_files_properties(${ARGN} PROPERTIES
