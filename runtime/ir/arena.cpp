@@ -12,8 +12,6 @@ struct arena::chunk {
   instr_t instructions[chunk_instructions];
 };
 
-namespace {
-
 void grow(arena& memory) {
   auto* const added = static_cast<arena::chunk*>(std::malloc(sizeof(arena::chunk)));
   if (added == nullptr) {
@@ -24,23 +22,6 @@ void grow(arena& memory) {
   for (instr_t& instr : added->instructions) {
     release(memory, &instr);
   }
-}
-
-}  // namespace
-
-instr_t* allocate(arena& memory) {
-  if (memory.free == nullptr) {
-    grow(memory);
-  }
-  instr_t* const instr = memory.free;
-  memory.free = instr->next;
-  *instr = {};
-  return instr;
-}
-
-void release(arena& memory, instr_t* instr) {
-  instr->next = memory.free;
-  memory.free = instr;
 }
 
 void dispose(arena& memory) {

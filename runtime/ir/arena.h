@@ -5,8 +5,22 @@
 
 namespace ir {
 
+void grow(arena& memory);
+
 // An instruction that is in no list, all zero.
-instr_t* allocate(arena& memory);
-void release(arena& memory, instr_t* instr);
+inline instr_t* allocate(arena& memory) {
+  if (memory.free == nullptr) {
+    grow(memory);
+  }
+  instr_t* const instr = memory.free;
+  memory.free = instr->next;
+  *instr = {};
+  return instr;
+}
+
+inline void release(arena& memory, instr_t* instr) {
+  instr->next = memory.free;
+  memory.free = instr;
+}
 
 }  // namespace ir

@@ -1,5 +1,9 @@
 #include "runtime/ir/decode.h"
 
+#include <algorithm>
+#include <array>
+#include <iterator>
+
 #include "runtime/ir/encode.h"
 
 namespace ir {
@@ -35,6 +39,19 @@ constexpr control_row control_rows[] = {
     // clang-format on
 };
 
+// By bits 31:21, the first row that they do not exclude: for most words the only one, or none.
+constexpr unsigned top_bits = 11;
+constexpr auto first_control_rows = [] {
+  std::array<std::uint8_t, 1 << top_bits> first{};
+  for (std::uint32_t top = 0; top < first.size(); ++top) {
+    const auto fits = [=](const control_row& row) {
+      return (((top << (32 - top_bits)) ^ row.value) & row.mask) >> (32 - top_bits) == 0;
+    };
+    first[top] = static_cast<std::uint8_t>(std::ranges::find_if(control_rows, fits) - control_rows);
+  }
+  return first;
+}();
+
 std::int64_t sign_extend(std::uint64_t value, unsigned width) {
   return static_cast<std::int64_t>(value << (64 - width)) >> (64 - width);
 }
@@ -51,16 +68,11 @@ constexpr unsigned modifier_bit = 1u << 24;  // BRAA rather than BRAAZ
 }  // namespace
 
 control control_of(std::uint32_t word) {
-  // Branches, exceptions and system instructions are bits 28:26 = 101; UDF is the one other.
-  if ((word >> 26 & 7) != 5 && word >> 16 != 0) {
-    return control::none;
+  const control_row* row = control_rows + first_control_rows[word >> (32 - top_bits)];
+  while (row != std::end(control_rows) && (word & row->mask) != row->value) {
+    ++row;
   }
-  for (const control_row& row : control_rows) {
-    if ((word & row.mask) == row.value) {
-      return row.what;
-    }
-  }
-  return control::none;
+  return row != std::end(control_rows) ? row->what : control::none;
 }
 
 std::int64_t branch_offset(std::uint32_t word) {
