@@ -19,36 +19,19 @@ constexpr uint32_t kMaxFragmentBytes = 4 * 0xffff;
 // Conditional branches within a block.
 constexpr unsigned kMaxBranches = 3;
 
-// The application's code from `pc` on, a few words at a time: most blocks are short.
-class CodeReader {
-public:
-  // The word at `pc`, which is behind the last one; false if it cannot be read and executed.
-  bool next(uint64_t pc, uint32_t& word) {
-    if (at_ == count_) {
-      at_ = 0;
-      count_ = read(pc);
-    }
-    if (at_ == count_) {
-      return false;
-    }
-    word = words_[at_++];
-    return true;
-  }
+// Code is read a few words at a time: most blocks are short.
+constexpr unsigned kWordsAtOnce = 16;
 
-private:
-  unsigned read(uint64_t pc) {
-    if (pc % 4 != 0) {
-      return 0;
-    }
-    // Noted first, so that a change by another thread cannot fall between reading and noting.
-    const size_t wanted = note_decoded(pc, sizeof words_);
-    const size_t missing = core_copy(words_, reinterpret_cast<const void*>(pc), wanted);
-    return static_cast<unsigned>((wanted - missing) / 4);
+// Reads the application's code from `pc` on. Returns the number of words, 0 if there are none.
+unsigned read_code(uint64_t pc, uint32_t* words) {
+  if (pc % 4 != 0) {
+    return 0;
   }
-
-  uint32_t words_[16];
-  unsigned at_ = 0, count_ = 0;
-};
+  // Noted first, so that a change by another thread cannot fall between reading and noting.
+  const size_t wanted = note_decoded(pc, kWordsAtOnce * 4);
+  const size_t missing = core_copy(words, reinterpret_cast<const void*>(pc), wanted);
+  return static_cast<unsigned>((wanted - missing) / 4);
+}
 
 // Whether a block goes on behind a conditional branch: where it may well be the way, and is not the
 // beginning of a fragment already. Then the fall-through costs nothing.
@@ -61,12 +44,20 @@ bool goes_on(Cache& cache, uint32_t word, uint64_t pc) {
 // with instructions that the client may expand ends at the first one: branches must reach the
 // stubs.
 uint64_t read_block(Context& context, instrlist_t& list) {
-  CodeReader code;
   uint64_t pc = context.pc;
-  uint32_t word;
+  uint32_t words[kWordsAtOnce];
+  unsigned at = 0, count = 0;
   bool scalable = false;
   unsigned transfers = 0;
-  for (unsigned i = 0; i < kMaxBlockInstructions && code.next(pc, word); ++i, pc += 4) {
+  for (unsigned i = 0; i < kMaxBlockInstructions; ++i, pc += 4) {
+    if (at == count) {
+      at = 0;
+      count = read_code(pc, words);
+    }
+    if (at == count) {
+      return pc;
+    }
+    const uint32_t word = words[at++];
     if (transfers != 0 && ir::is_scalable(word)) {
       return pc;
     }

@@ -20,7 +20,9 @@ constexpr unsigned kAnyRegister = 31;  // "T = 31": the zero register
 void emit_constant(Emitter& to, unsigned reg, uint64_t value) {
   uint32_t words[ir::mov_immediate_max];
   const unsigned length = ir::mov_immediate(reg, value, words);
-  to.words.insert(to.words.end(), words, words + length);
+  for (unsigned i = 0; i < length; ++i) {
+    to.emit(words[i]);
+  }
 }
 
 void load_field(Emitter& to, unsigned reg, unsigned field) {

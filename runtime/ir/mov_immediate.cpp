@@ -27,15 +27,21 @@ constexpr seed seeds[] = {
     {enc::movn_w, low_word, low_word, true},
 };
 
+// How many halfwords are not zero: their bits are gathered in the lowest ones, and those added up.
+unsigned count_halfwords(std::uint64_t value) {
+  constexpr std::uint64_t lowest = 0x0001000100010001;
+  value |= value >> 8;
+  value |= value >> 4;
+  value |= value >> 2;
+  value |= value >> 1;
+  return static_cast<unsigned>((value & lowest) * lowest >> 48);
+}
+
 // One instruction for each halfword that is not as implied, and one to begin with if that can be
 // none of them.
 unsigned length_of(const seed& first, std::uint64_t value) {
   const std::uint64_t differing = value ^ first.implied;
-  unsigned length = (differing & first.reach) == 0 ? 1 : 0;
-  for (unsigned hw = 0; hw < halfwords; ++hw) {
-    length += halfword(differing, hw) != 0 ? 1 : 0;
-  }
-  return length;
+  return count_halfwords(differing) + ((differing & first.reach) == 0 ? 1 : 0);
 }
 
 void write(const seed& first, unsigned rd, std::uint64_t value, std::uint32_t* words) {
