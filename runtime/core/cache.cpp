@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <mutex>
 
 #include "runtime/core/entry.h"
 #include "runtime/core/fatal.h"

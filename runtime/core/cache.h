@@ -10,10 +10,10 @@
 #pragma once
 
 #include <cstdint>
-#include <mutex>
 #include <vector>
 
 #include "runtime/core/context.h"
+#include "runtime/core/lock.h"
 
 namespace core {
 
@@ -70,7 +70,7 @@ struct Fragment {
 struct Cache {
   // Held by the owner while it changes the tables below, and by another thread that unlinks. The
   // owner reads without it, and its signal handler may while code of the cache runs.
-  std::mutex mutex;
+  Lock mutex;
   unsigned char* base;
   uint32_t size;
   uint32_t cursor;

@@ -4,6 +4,8 @@
 #include <mutex>
 #include <vector>
 
+#include "runtime/core/lock.h"
+
 namespace core {
 namespace {
 
@@ -67,7 +69,7 @@ void RangeSet::add(uint64_t begin, uint64_t end) {
   }
 }
 
-constinit std::mutex map_mutex;
+constinit Lock map_mutex;
 constinit RangeSet executable;
 constinit RangeSet decoded;
 

@@ -11,6 +11,7 @@
 #include <vector>
 
 #include "runtime/core/entry.h"
+#include "runtime/core/lock.h"
 #include "runtime/include/dr_api.h"
 #include "runtime/linux/pages.h"
 
@@ -30,7 +31,7 @@ struct Module {
   bool main;
 };
 
-constinit std::mutex modules_mutex;
+constinit core::Lock modules_mutex;
 constinit std::vector<Module> modules;
 
 template <typename Type> bool read_memory(uint64_t address, Type& to) {

@@ -5,11 +5,14 @@
 
 #include <cstring>
 #include <memory>
+#include <mutex>
+#include <thread>
 #include <vector>
 
 #include "runtime/core/cache.h"
 #include "runtime/core/code_map.h"
 #include "runtime/core/dispatch.h"
+#include "runtime/core/lock.h"
 #include "runtime/ir/encode.h"
 
 namespace {
@@ -153,6 +156,29 @@ TEST(Run, CarriesAllState) {
   EXPECT_EQ(context.fpsr, before.fpsr);
   uint64_t none = 0;
   asm volatile("msr fpcr, %0" ::"r"(none));
+}
+
+// Most of the time somebody waits: a lost wake-up would hang, and a lost increment would show.
+TEST(Lock, KeepsThreadsApart) {
+  constexpr unsigned threads = 4, rounds = 20000;
+  core::Lock lock;
+  volatile unsigned count = 0;
+  std::vector<std::thread> all;
+  for (unsigned i = 0; i < threads; ++i) {
+    all.emplace_back([&] {
+      for (unsigned round = 0; round < rounds; ++round) {
+        const std::lock_guard guard(lock);
+        count = count + 1;
+        if (round % 64 == 0) {
+          std::this_thread::yield();
+        }
+      }
+    });
+  }
+  for (std::thread& thread : all) {
+    thread.join();
+  }
+  EXPECT_EQ(count, threads * rounds);
 }
 
 }  // namespace
