@@ -103,8 +103,8 @@ size_t see(Steps& steps, size_t at, Values& values) {
   return at + 1;
 }
 
-void drop_repetitions(Steps& steps, uint64_t context) {
-  Values values(context);
+void drop_repetitions(Steps& steps, Values& values) {
+  values.forget_all();
   for (size_t at = 0; at < steps.size();) {
     at = steps[at].dropped ? at + 1 : see(steps, at, values);
   }
@@ -257,10 +257,11 @@ void optimise_block(ir::arena& memory, instrlist_t& list, uint64_t context) {
     return;
   }
   Steps steps = steps_of(list);
-  drop_repetitions(steps, context);
+  Values values(context);
+  drop_repetitions(steps, values);
   drop_unread(steps, context + ir::runtime_layout.stolen_value);
   // Constants that only stood in each other's way are repetitions now.
-  drop_repetitions(steps, context);
+  drop_repetitions(steps, values);
   join_pairs(steps);
   for (const Step& step : steps) {
     if (step.dropped) {

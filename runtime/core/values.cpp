@@ -13,24 +13,25 @@ constexpr unsigned kPart = 4;
 
 size_t KnownMemory::slot_of(uint64_t address) const {
   size_t slot = address / kPart % kEntries;
-  while (entries_[slot].generation == generation_ && entries_[slot].address != address) {
+  while (in_use(slot) && entries_[slot].address != address) {
     slot = (slot + 1) % kEntries;
   }
   return slot;
 }
 
 const uint64_t* KnownMemory::find(uint64_t address) const {
-  const Entry& entry = entries_[slot_of(address)];
-  return entry.generation == generation_ ? &entry.value : nullptr;
+  const size_t slot = slot_of(address);
+  return in_use(slot) ? &entries_[slot].value : nullptr;
 }
 
 void KnownMemory::set(uint64_t address, uint64_t value) {
   if (used_ >= kEntries / 2) {
     clear();
   }
-  Entry& entry = entries_[slot_of(address)];
-  used_ += entry.generation != generation_ ? 1 : 0;
-  entry = {address, value, generation_};
+  const size_t slot = slot_of(address);
+  used_ += in_use(slot) ? 0 : 1;
+  generations_[slot] = generation_;
+  entries_[slot] = {address, value};
 }
 
 void KnownMemory::clear() {

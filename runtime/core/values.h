@@ -3,6 +3,7 @@
 #pragma once
 
 #include <cstdint>
+#include <memory>
 #include <vector>
 
 #include "runtime/core/effects.h"
@@ -20,13 +21,14 @@ public:
 private:
   struct Entry {
     uint64_t address, value;
-    uint32_t generation;  // the entry is in use if this is generation_
   };
   static constexpr size_t kEntries = 1024;
 
   size_t slot_of(uint64_t address) const;
+  bool in_use(size_t slot) const { return generations_[slot] == generation_; }
 
-  std::vector<Entry> entries_ = std::vector<Entry>(kEntries);
+  std::unique_ptr<Entry[]> entries_ = std::make_unique_for_overwrite<Entry[]>(kEntries);
+  std::vector<uint32_t> generations_ = std::vector<uint32_t>(kEntries);
   uint32_t generation_ = 1;
   size_t used_ = 0;
 };
