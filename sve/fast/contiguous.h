@@ -11,13 +11,6 @@ template <class Memory, class T> struct MemoryOf {
   typedef Memory type __attribute__((vector_size(sizeof(Memory) * elements<T>)));
 };
 
-// No host has smaller pages, so what stays inside one of these cannot fault halfway.
-inline constexpr uint64_t smallest_page = 4096;
-
-template <uint64_t bytes> inline bool in_one_page(uint64_t address) {
-  return address % smallest_page <= smallest_page - bytes;
-}
-
 // The immediate counts steps, of so many bytes each.
 template <unsigned step>
 inline uint64_t immediate_address(const cpu_state* state, aarch64_i_rsp_reg rn, int imm) {
@@ -29,18 +22,39 @@ inline uint64_t indexed_address(const cpu_state* state, aarch64_i_rsp_reg rn, aa
   return read(state, rn) + read(state, rm) * sizeof(Memory);
 }
 
-// Whole vectors inside a page move in one access: no fault can fall between their elements.
+// Vectors of fewer elements than this are sooner walked through than asked for their lowest ones.
+inline constexpr unsigned fewest_for_lowest = 8;
+
+// How many elements are accessed at once: the lowest ones, if no others are active, inside a page.
+// No fault can fall between them, and the first that is accessed is element 0. Or none_at_once.
+inline constexpr unsigned none_at_once = vector_bytes + 1;
+template <class Memory, class T>
+inline unsigned at_once(const uint8_t* predicate, uint64_t address) {
+  if (!in_one_page(address, elements<T> * sizeof(Memory)))
+    return none_at_once;
+  if (all_active<T>(predicate))
+    return elements<T>;
+  return elements<T> < fewest_for_lowest ? none_at_once : lowest_active<T>(predicate);
+}
+
 template <class Memory, class T>
 inline aarch64_decode_rc load_contiguous(cpu_state* state, aarch64_z_reg zt, aarch64_p_reg pg,
                                          uint64_t address) {
   using Image = typename MemoryOf<Memory, T>::type;
   uint8_t* const slot = state->z[zt.index];
   const uint8_t* const predicate = state->p[pg.index];
-  if (all_active<T>(predicate) && in_one_page<sizeof(Image)>(address))
+  const unsigned count = at_once<Memory, T>(predicate, address);
+  if (count == elements<T>) {
     store<T>(slot, __builtin_convertvector(read_memory<Image>(address), vector<T>));
-  else
+  } else if (count < elements<T>) {
+    const ImageBytes bytes = read_bytes(address, count * sizeof(Memory));
+    Image image;
+    memcpy(&image, &bytes, sizeof image);
+    store<T>(slot, __builtin_convertvector(image, vector<T>));
+  } else {
     load_elements<Memory, T>(slot, predicate, elements<T>,
                              [=](unsigned i) { return address + i * sizeof(Memory); });
+  }
   return aarch64_decode_ok;
 }
 
@@ -50,11 +64,18 @@ inline aarch64_decode_rc store_contiguous(cpu_state* state, aarch64_z_reg zt, aa
   using Image = typename MemoryOf<Memory, T>::type;
   const uint8_t* const slot = state->z[zt.index];
   const uint8_t* const predicate = state->p[pg.index];
-  if (all_active<T>(predicate) && in_one_page<sizeof(Image)>(address))
+  const unsigned count = at_once<Memory, T>(predicate, address);
+  if (count == elements<T>) {
     write_memory<Image>(address, __builtin_convertvector(load<T>(slot), Image));
-  else
+  } else if (count < elements<T>) {
+    const Image image = __builtin_convertvector(load<T>(slot), Image);
+    ImageBytes bytes = {};
+    memcpy(&bytes, &image, sizeof image);
+    write_bytes(address, count * sizeof(Memory), bytes);
+  } else {
     store_elements<Memory, T>(slot, predicate,
                               [=](unsigned i) { return address + i * sizeof(Memory); });
+  }
   return aarch64_decode_ok;
 }
 

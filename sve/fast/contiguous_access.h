@@ -3,7 +3,9 @@
 #pragma once
 
 #include <atomic>
+#include <bit>
 
+#include "sve/fast/predicate_flags.h"
 #include "sve/fast/vector.h"
 
 namespace fast {
@@ -33,10 +35,24 @@ template <class T> inline void set_element(uint8_t* slot, unsigned i, T value) {
   memcpy(slot + i * sizeof(T), &value, sizeof value);
 }
 
+// One bit in the lowest byte of each element of eight.
+template <class T> inline constexpr uint64_t lowest_bits = ~0ull / static_cast<T>(~T{});
+
 template <class T> inline bool all_active(const uint8_t* predicate) {
-  constexpr uint64_t lowest_bytes = ~0ull / static_cast<T>(~T{});
   const uint64_t both = element<uint64_t>(predicate, 0) & element<uint64_t>(predicate, 1);
-  return (both & lowest_bytes) == lowest_bytes;
+  return (both & lowest_bits<T>) == lowest_bits<T>;
+}
+
+// The number of active elements if they are the lowest ones, as at the end of a loop; else more
+// than there are.
+template <class T> inline unsigned lowest_active(const uint8_t* predicate) {
+  const predicate_bits bits = element_bits_of<T>(predicate);
+  const predicate_bits bytes = (bits << 8 * sizeof(T)) - bits;
+  if ((bytes & (bytes + 1)) != 0)
+    return vector_bytes + 1;
+  const int ones = std::countr_one(static_cast<uint64_t>(bytes)) +
+                   std::countr_one(static_cast<uint64_t>(bytes >> 64));
+  return static_cast<unsigned>(ones) / (8 * sizeof(T));
 }
 
 // Reads the active ones of the first count elements from where address_of(i) says, extended from
@@ -55,11 +71,62 @@ inline void load_elements(uint8_t* zt, const uint8_t* predicate, unsigned count,
 // Writes the low bytes of the active elements to where address_of(i) says.
 template <class Memory, class T, class Address>
 inline void store_elements(const uint8_t* zt, const uint8_t* predicate, Address address_of) {
-  for (unsigned i = 0; i < elements<T>; i++) {
-    if (is_active<T>(predicate, i))
+  for (unsigned half = 0; half < 2; half++)
+    for (uint64_t left = element<uint64_t>(predicate, half) & lowest_bits<T>; left != 0;
+         left &= left - 1) {
+      const unsigned byte = half * 8 + static_cast<unsigned>(__builtin_ctzll(left)) / 8;
+      const unsigned i = byte / sizeof(T);
       write_memory<Memory>(address_of(i), static_cast<Memory>(element<T>(zt, i)));
-    finish_element();
-  }
+      finish_element();
+    }
+}
+
+// No host has smaller pages, so what stays inside one of these cannot fault halfway.
+inline constexpr uint64_t smallest_page = 4096;
+
+inline bool in_one_page(uint64_t address, uint64_t bytes) {
+  return address % smallest_page <= smallest_page - bytes;
+}
+
+// The first bytes of a vector's image in memory, fewer than 16, in few accesses. The pair is the
+// image's low and high half, with zeros behind the bytes.
+struct ImageBytes {
+  uint64_t low, high;
+};
+
+inline ImageBytes read_bytes(uint64_t address, unsigned bytes) {
+  const auto both_ends = [=]<class Part>(Part first) {  // they overlap, or meet
+    const auto last = read_memory<Part>(address + bytes - sizeof(Part));
+    return first | uint64_t{last} << 8 * (bytes - sizeof(Part));
+  };
+  if (bytes > 8)
+    return {read_memory<uint64_t>(address),
+            read_memory<uint64_t>(address + bytes - 8) >> 8 * (16 - bytes)};
+  if (bytes == 8)
+    return {read_memory<uint64_t>(address), 0};
+  if (bytes >= 4)
+    return {both_ends(read_memory<uint32_t>(address)), 0};
+  if (bytes >= 2)
+    return {both_ends(read_memory<uint16_t>(address)), 0};
+  return {bytes == 0 ? uint64_t{0} : read_memory<uint8_t>(address), 0};
+}
+
+inline void write_bytes(uint64_t address, unsigned bytes, ImageBytes image) {
+  uint64_t left = image.low;
+  const auto write_part = [&]<class Part>(Part part) {
+    if ((bytes & sizeof part) == 0)
+      return;
+    write_memory<Part>(address, part);
+    address += sizeof part;
+    if constexpr (sizeof part == sizeof left)
+      left = image.high;
+    else
+      left >>= 8 * sizeof part;
+  };
+  write_part(left);
+  write_part(static_cast<uint32_t>(left));
+  write_part(static_cast<uint16_t>(left));
+  write_part(static_cast<uint8_t>(left));
 }
 
 }  // namespace fast

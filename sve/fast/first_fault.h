@@ -29,6 +29,9 @@ inline aarch64_decode_rc load_non_fault(cpu_state* state, aarch64_z_reg zt, aarc
                                         uint64_t address) {
   bool readable = is_readable(address);
   uint64_t last = page_offset(address);
+  if (readable && is_active<T>(state->p[pg.index], 0) &&
+      in_one_page(address, elements<T> * sizeof(Memory)) && is_readable(address))
+    return load_contiguous<Memory, T>(state, zt, pg, address);
   for (unsigned i = 0; i < elements<T>; i++, address += sizeof(Memory)) {
     if (!is_active<T>(state->p[pg.index], i)) {
       set_element<T>(state->z[zt.index], i, 0);

@@ -2,13 +2,32 @@
 // registers of one structure after another; register numbers wrap at 31.
 #pragma once
 
+#include "host/structures.h"
 #include "sve/fast/contiguous.h"
+
+namespace fast {
+
+// All elements, inside a page: no fault can fall between them.
+template <class T, class U, unsigned N>
+inline bool as_a_whole(const uint8_t* predicate, uint64_t address) {
+  return sizeof(T) == sizeof(U) && in_one_page(address, N * vector_bytes) &&
+         all_active<U>(predicate);
+}
+
+}  // namespace fast
 
 // LDn of elements in memory of type T, in registers of type U. The offset counts elements.
 template <class T, class U, unsigned N>
 inline aarch64_decode_rc sve_ldN_zpri(cpu_state* state, aarch64_z_reg zt, aarch64_p_reg pg,
                                       aarch64_i_rsp_reg rn, long offset) {
   uint64_t address = fast::read(state, rn) + static_cast<uint64_t>(offset) * sizeof(T);
+  if (fast::as_a_whole<T, U, N>(state->p[pg.index], address)) {
+    fast::vector<U> registers[N];
+    host::load_structures(address, registers);
+    for (unsigned k = 0; k < N; k++)
+      fast::store<U>(state->z[(zt.index + k) % z_registers], registers[k]);
+    return aarch64_decode_ok;
+  }
   for (unsigned i = 0; i < fast::elements<U>; i++) {
     const bool active = fast::is_active<U>(state->p[pg.index], i);
     for (unsigned k = 0; k < N; k++, address += sizeof(T)) {
@@ -25,6 +44,13 @@ template <class T, class U, unsigned N>
 inline aarch64_decode_rc sve_stN_zpri(cpu_state* state, aarch64_z_reg zt, aarch64_p_reg pg,
                                       aarch64_i_rsp_reg rn, long offset) {
   uint64_t address = fast::read(state, rn) + static_cast<uint64_t>(offset) * sizeof(T);
+  if (fast::as_a_whole<T, U, N>(state->p[pg.index], address)) {
+    fast::vector<U> registers[N];
+    for (unsigned k = 0; k < N; k++)
+      registers[k] = fast::load<U>(state->z[(zt.index + k) % z_registers]);
+    host::store_structures(address, registers);
+    return aarch64_decode_ok;
+  }
   for (unsigned i = 0; i < fast::elements<U>; i++) {
     const bool active = fast::is_active<U>(state->p[pg.index], i);
     for (unsigned k = 0; k < N; k++, address += sizeof(T)) {
