@@ -15,9 +15,16 @@ template <class E> E divide(E a, E b) {
 }
 
 // The top bit of an unsigned doubleword product is no sign, but it is not among the bits kept.
-template <class E> uint64_t high_half(E a, E b) {
-  return bits(ShiftRightInt(MulInt(exact(a), exact(b)), esize<E>));
+template <class E> E high_half(E a, E b) {
+  using Product = std::conditional_t<is_unsigned<E>, uint64_t, int64_t>;
+  if constexpr (sizeof(E) == sizeof(Product))
+    return static_cast<E>(ShiftRightInt(MulInt(exact(a), exact(b)), esize<E>));
+  else
+    return static_cast<E>(Product{a} * Product{b} >> esize<E>);
 }
+
+template <class E> E greater(E a, E b) { return a >= b ? a : b; }
+template <class E> E lesser(E a, E b) { return a <= b ? a : b; }
 
 // The low bytes of x, extended by the element's own signedness.
 template <class Source, class E> E extend(E x) {
@@ -29,7 +36,7 @@ template <class Source, class E> E extend(E x) {
 }  // namespace
 
 // clang-format off
-MERGING_BINARY(AbdVVM, (S8, S16, S32, S64, U8, U16, U32, U64), bits(AbsInt(exact(a) - exact(b))))
+MERGING_BINARY(AbdVVM, (S8, S16, S32, S64, U8, U16, U32, U64), a > b ? raw(a) - raw(b) : raw(b) - raw(a))
 MERGING_BINARY(AddVVM, (U8, U16, U32, U64), raw(a) + raw(b))
 MERGING_BINARY(SubVVM, (U8, U16, U32, U64), raw(a) - raw(b))
 MERGING_BINARY(SubRVVM, (U8, U16, U32, U64), raw(b) - raw(a))
@@ -37,10 +44,10 @@ MERGING_BINARY(MulVVM, (S8, S16, S32, S64), raw(a) * raw(b))
 MERGING_BINARY(MulHVVM, (S8, S16, S32, S64, U8, U16, U32, U64), high_half(a, b))
 MERGING_BINARY(DivVVM, (S32, S64, U32, U64), divide(a, b))
 MERGING_BINARY(DivRVVM, (S32, S64, U32, U64), divide(b, a))
-MERGING_BINARY(MaxVVM, (S8, S16, S32, S64, U8, U16, U32, U64), Max(raw(a), raw(b), esize<E>, is_unsigned<E>))
-MERGING_BINARY(MinVVM, (S8, S16, S32, S64, U8, U16, U32, U64), Min(raw(a), raw(b), esize<E>, is_unsigned<E>))
+MERGING_BINARY(MaxVVM, (S8, S16, S32, S64, U8, U16, U32, U64), greater(a, b))
+MERGING_BINARY(MinVVM, (S8, S16, S32, S64, U8, U16, U32, U64), lesser(a, b))
 
-MERGING_UNARY(AbsVM, (S8, S16, S32, S64), bits(AbsInt(exact(x))))
+MERGING_UNARY(AbsVM, (S8, S16, S32, S64), x < 0 ? 0 - raw(x) : raw(x))
 MERGING_UNARY(NegVM, (S8, S16, S32, S64), 0 - raw(x))
 MERGING_UNARY(Extnd12VM, (S16, U16), extend<int8_t>(x))
 MERGING_UNARY(Extnd14VM, (S32, U32), extend<int8_t>(x))
@@ -61,8 +68,8 @@ PLAIN_IMMEDIATE(AddVIX, (U8, U16, U32, U64), raw(x) + imm)
 PLAIN_IMMEDIATE(SubVIX, (U8, U16, U32, U64), raw(x) - imm)
 PLAIN_IMMEDIATE(SubRVIX, (U8, U16, U32, U64), imm - raw(x))
 PLAIN_IMMEDIATE(MulVIX, (S8, S16, S32, S64), raw(x) * imm)
-PLAIN_IMMEDIATE(MaxVIX, (S8, S16, S32, S64, U8, U16, U32, U64), Max(raw(x), imm, esize<E>, is_unsigned<E>))
-PLAIN_IMMEDIATE(MinVIX, (S8, S16, S32, S64, U8, U16, U32, U64), Min(raw(x), imm, esize<E>, is_unsigned<E>))
+PLAIN_IMMEDIATE(MaxVIX, (S8, S16, S32, S64, U8, U16, U32, U64), greater(x, static_cast<E>(imm)))
+PLAIN_IMMEDIATE(MinVIX, (S8, S16, S32, S64, U8, U16, U32, U64), lesser(x, static_cast<E>(imm)))
 
 // Address vectors: base a, offset b. X sign-extends and Y zero-extends the offset's low word.
 PLAIN_BINARY(LEA1VV, (U32, U64), raw(a) + raw(b))

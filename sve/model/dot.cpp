@@ -9,20 +9,20 @@ namespace {
 
 constexpr unsigned products = 4;  // for each element of the result
 
-template <class E> struct Quarter;
-template <> struct Quarter<int32_t> { using type = int8_t; };
-template <> struct Quarter<uint32_t> { using type = uint8_t; };
-template <> struct Quarter<int64_t> { using type = int16_t; };
-template <> struct Quarter<uint64_t> { using type = uint16_t; };
+// The quarter of that number of an element, extended by the element's sign.
+template <class E> E quarter(E x, unsigned j) {
+  constexpr unsigned width = esize<E> / products;
+  return static_cast<E>(raw(x) << (esize<E> - (j + 1) * width)) >> (esize<E> - width);
+}
 
 // Element e of the result, from the second source's group of products at element with.
 template <class E>
 E dot(const VecV& zn, const VecV& zm, const VecV& old, unsigned e, unsigned with) {
-  using Q = typename Quarter<E>::type;
-  uint64_t sum = 0;
-  for (unsigned j = 0; j < products; j++)
-    sum += raw(get<Q>(zn, products * e + j)) * raw(get<Q>(zm, products * with + j));
-  return static_cast<E>(sum + raw(get<E>(old, e)));
+  const E n = get<E>(zn, e), m = get<E>(zm, with);
+  E sum = get<E>(old, e);
+  for (unsigned j = 0; j < products; j++)  // modulo the element
+    sum = static_cast<E>(raw(sum) + raw(quarter(n, j)) * raw(quarter(m, j)));
+  return sum;
 }
 
 // The first element of e's 128-bit segment.

@@ -1,25 +1,30 @@
 // Shifts. A count is unsigned and is not cut to the element's width: one of that width or more
 // leaves 0 or the sign.
+#include "sve/model/bits.h"
 #include "sve/model/element_wise.h"
 #include "sve/model/integer.h"
-#include "sve/model/wide_integer.h"
 
 using namespace model;
 
 namespace {
 
-template <class E> uint64_t right(E x, uint64_t count) {
-  return bits(ShiftRightInt(Int(raw(x), esize<E>, is_unsigned<E>), UInt(count, 64)));
+template <class E> E right(E x, uint64_t count) {
+  const bool beyond = count >= esize<E>;
+  if constexpr (is_unsigned<E>)
+    return beyond ? E{0} : static_cast<E>(x >> count);
+  else
+    return static_cast<E>(x >> (beyond ? esize<E> - 1 : count));
 }
 
-template <class E> uint64_t left(E x, uint64_t count) {
-  return bits(ShiftLeftInt(UInt(raw(x), esize<E>), UInt(count, 64)));
+template <class E> E left(E x, uint64_t count) {
+  return count < esize<E> ? static_cast<E>(raw(x) << count) : E{0};
 }
 
-// Rounds toward zero, where a plain shift rounds toward minus infinity.
-template <class E> uint64_t divide_by_power(E x, uint64_t count) {
-  const WideInt bias = x < 0 ? (static_cast<WideInt>(1) << count) - 1 : 0;
-  return bits(ShiftRightInt(x + bias, UInt(count, 64)));
+// Rounds toward zero, where a plain shift rounds toward minus infinity. count: up to the width.
+template <class E> E divide_by_power(E x, uint64_t count) {
+  using Sum = std::conditional_t<sizeof(E) == 8, WideInt, int64_t>;
+  const Sum bias = x < 0 ? (Sum{1} << count) - 1 : 0;
+  return static_cast<E>((x + bias) >> count);
 }
 
 }  // namespace
