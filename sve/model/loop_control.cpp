@@ -27,10 +27,9 @@ PredV loop_predicate(uint64_t a, uint64_t b, CpuContext* context) {
   constexpr int width = scalar_bytes * bits_per_byte;
   const WideInt start = Int(a, width, is_unsigned<E>), end = Int(b, width, is_unsigned<E>);
   const auto greatest = static_cast<WideInt>(ones(is_unsigned<E> ? width : width - 1));
-  bool going = true;
+  // As long as it holds, it holds for all before.
   const PredV result = map_bits<E>(context, [&](unsigned e) {
-    going = going && (Relation::always(end, greatest) || Relation::holds(start + e, end));
-    return going;
+    return Relation::always(end, greatest) || Relation::holds(start + e, end);
   });
   const PredV all_true = map_bits<E>(context, [](unsigned) { return true; });
   PredSetNZCV(all_true, result, esize<E>, context);
