@@ -43,11 +43,11 @@ inline void store(const PredV& pg, const VecV& data, CpuContext* context, Addres
 template <class E, int msize, class Address>
 inline VecV load_guarded(const PredV& pg, CpuContext* context, int first_done, Address address) {
   bool fault = false;
+  GuardedReads<msize> guarded{context, first_done};
   return map<E>(context, [&](unsigned e) {
     E x = 0;
     if (active<E>(pg, e) && !fault) {
-      const uint64_t value = read<msize>(address(e), first_done, &fault, context);
-      first_done = 1;
+      const uint64_t value = guarded(address(e), &fault);
       if (!fault)
         x = extend<E, msize>(value);
     }

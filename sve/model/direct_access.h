@@ -34,4 +34,24 @@ template <int msize> inline void write(uint64_t value, uint64_t address, CpuCont
   finish_access();
 }
 
+// No host has smaller pages.
+inline constexpr uint64_t smallest_page = 4096;
+
+// Reads of one load that may fail, one after another. Where one has succeeded, the others in its
+// page need no guard.
+template <int msize> struct GuardedReads {
+  CpuContext* context;
+  int first_done;
+  uint64_t readable_page = ~0ull;
+
+  uint64_t operator()(uint64_t address, bool* fault) {
+    const uint64_t first = address / smallest_page, last = (address + msize - 1) / smallest_page;
+    const bool known = first == readable_page && last == readable_page;
+    const uint64_t value = read<msize>(address, first_done, known ? nullptr : fault, context);
+    if (!*fault)
+      readable_page = last;
+    return value;
+  }
+};
+
 }  // namespace model

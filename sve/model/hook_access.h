@@ -28,4 +28,16 @@ template <int msize> inline void write(uint64_t value, uint64_t address, CpuCont
     WriteMemLib8(value, address, context);
 }
 
+// Reads of one load that may fail, one after another. first_done: 1 for a non-fault load.
+template <int msize> struct GuardedReads {
+  CpuContext* context;
+  int first_done;
+
+  uint64_t operator()(uint64_t address, bool* fault) {
+    const uint64_t value = read<msize>(address, first_done, fault, context);
+    first_done = 1;
+    return value;
+  }
+};
+
 }  // namespace model
