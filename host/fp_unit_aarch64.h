@@ -107,8 +107,8 @@ HOST_FP_NARROW(uint64_t, uint32_t, fcvtxn, "fcvtxn %0.2s, %1.2d", "fcvtxn2 %0.4s
 #undef HOST_FP_WIDEN
 #undef HOST_FP_NARROW
 
-// Conversions between sizes, on one element. Single precision and 32-bit integers lie in the low
-// word of the pattern; so do 32-bit results, with the high word 0.
+// Conversions between sizes, on one element. Values of less than 64 bits lie in the low bits of the
+// pattern; so do such results, with the high bits 0.
 #define HOST_FP_TO_FP(name, instruction)                                                           \
   inline uint64_t name(uint64_t a) {                                                               \
     uint64_t result;                                                                               \
@@ -128,14 +128,26 @@ HOST_FP_NARROW(uint64_t, uint32_t, fcvtxn, "fcvtxn %0.2s, %1.2d", "fcvtxn2 %0.4s
     return result;                                                                                 \
   }
 
+HOST_FP_TO_FP(fcvt_h2s, "fcvt %s0, %h1")
+HOST_FP_TO_FP(fcvt_h2d, "fcvt %d0, %h1")
+HOST_FP_TO_FP(fcvt_s2h, "fcvt %h0, %s1")
+HOST_FP_TO_FP(fcvt_d2h, "fcvt %h0, %d1")
 HOST_FP_TO_FP(fcvt_s2d, "fcvt %d0, %s1")
 HOST_FP_TO_FP(fcvt_d2s, "fcvt %s0, %d1")
 HOST_FP_TO_INTEGER(fcvtzs_s2d, "fcvtzs %x0, %s1")
+HOST_FP_TO_INTEGER(fcvtzs_s2s, "fcvtzs %w0, %s1")
+HOST_FP_TO_INTEGER(fcvtzu_s2d, "fcvtzu %x0, %s1")
+HOST_FP_TO_INTEGER(fcvtzu_s2s, "fcvtzu %w0, %s1")
+HOST_FP_TO_INTEGER(fcvtzs_d2d, "fcvtzs %x0, %d1")
+HOST_FP_TO_INTEGER(fcvtzu_d2d, "fcvtzu %x0, %d1")
 HOST_FP_TO_INTEGER(fcvtzs_d2s, "fcvtzs %w0, %d1")
 HOST_FP_TO_INTEGER(fcvtzu_d2s, "fcvtzu %w0, %d1")
 HOST_INTEGER_TO_FP(scvtf_d2s, "scvtf %s0, %x1")
 HOST_INTEGER_TO_FP(scvtf_s2d, "scvtf %d0, %w1")
+HOST_INTEGER_TO_FP(scvtf_d2d, "scvtf %d0, %x1")
 HOST_INTEGER_TO_FP(ucvtf_s2d, "ucvtf %d0, %w1")
+HOST_INTEGER_TO_FP(ucvtf_d2d, "ucvtf %d0, %x1")
+HOST_INTEGER_TO_FP(ucvtf_d2s, "ucvtf %s0, %x1")
 
 #undef HOST_FP_TO_FP
 #undef HOST_FP_TO_INTEGER

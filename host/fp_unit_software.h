@@ -199,8 +199,18 @@ template <class T> inline fp_vector<T> ucvtf(fp_vector<T> a) {
   });
 }
 
-// Conversions between sizes, on one element. Single precision and 32-bit integers lie in the low
-// word of the pattern; so do 32-bit results, with the high word 0.
+// Conversions between sizes, on one element. Values of less than 64 bits lie in the low bits of the
+// pattern; so do such results, with the high bits 0.
+inline uint64_t fcvt_h2s(uint64_t a) {
+  return convert<uint32_t>(static_cast<uint16_t>(a), FPRoundingMode(fpcr));
+}
+inline uint64_t fcvt_h2d(uint64_t a) {
+  return convert<uint64_t>(static_cast<uint16_t>(a), FPRoundingMode(fpcr));
+}
+inline uint64_t fcvt_s2h(uint64_t a) {
+  return convert<uint16_t>(static_cast<uint32_t>(a), FPRoundingMode(fpcr));
+}
+inline uint64_t fcvt_d2h(uint64_t a) { return convert<uint16_t>(a, FPRoundingMode(fpcr)); }
 inline uint64_t fcvt_s2d(uint64_t a) {
   return run([&](FPSCR& word) {
     return FPConvert<uint64_t>(static_cast<uint32_t>(a), FPRoundingMode(word), word);
@@ -212,9 +222,23 @@ inline uint64_t fcvt_d2s(uint64_t a) {
 inline uint64_t fcvtzs_s2d(uint64_t a) {
   return to_integer<uint64_t>(static_cast<uint32_t>(a), false);
 }
+inline uint64_t fcvtzs_s2s(uint64_t a) {
+  return to_integer<uint32_t>(static_cast<uint32_t>(a), false);
+}
+inline uint64_t fcvtzu_s2d(uint64_t a) {
+  return to_integer<uint64_t>(static_cast<uint32_t>(a), true);
+}
+inline uint64_t fcvtzu_s2s(uint64_t a) {
+  return to_integer<uint32_t>(static_cast<uint32_t>(a), true);
+}
+inline uint64_t fcvtzs_d2d(uint64_t a) { return to_integer<uint64_t>(a, false); }
+inline uint64_t fcvtzu_d2d(uint64_t a) { return to_integer<uint64_t>(a, true); }
 inline uint64_t fcvtzs_d2s(uint64_t a) { return to_integer<uint32_t>(a, false); }
 inline uint64_t fcvtzu_d2s(uint64_t a) { return to_integer<uint32_t>(a, true); }
 inline uint64_t scvtf_d2s(uint64_t a) { return from_integer<uint32_t>(a, false); }
+inline uint64_t scvtf_d2d(uint64_t a) { return from_integer<uint64_t>(a, false); }
+inline uint64_t ucvtf_d2s(uint64_t a) { return from_integer<uint32_t>(a, true); }
+inline uint64_t ucvtf_d2d(uint64_t a) { return from_integer<uint64_t>(a, true); }
 inline uint64_t scvtf_s2d(uint64_t a) {
   return from_integer<uint64_t>(sign_extended(static_cast<uint32_t>(a)), false);
 }

@@ -51,6 +51,7 @@ public:
   }
 
   operator FPSCR() const { return control_; }
+  void raise(uint32_t flag) { context_->fpsr |= flag; }
 
 private:
   CpuContext* context_;
