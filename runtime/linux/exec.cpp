@@ -160,7 +160,7 @@ int64_t follow(Thread& thread, const Call& original, const std::string& path,
 }
 
 std::string own_or(const std::string& path) {
-  return path == "/proc/self/exe" ? paths.application : path;
+  return is_own_executable(path.c_str()) ? paths.application : path;
 }
 
 }  // namespace

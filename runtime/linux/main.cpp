@@ -1,5 +1,6 @@
 // The launcher: loads the application and runs it.
 #include <fcntl.h>
+#include <sys/prctl.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -126,6 +127,8 @@ int launch(int argc, char** argv, char** environment) {
   }
   const std::string path = application_path(options.application[0]);
   paths = {real_path(path), own_path()};
+  // What the kernel would call the process: the last part of the path, cut to what fits.
+  prctl(PR_SET_NAME, path.c_str() + path.rfind('/') + 1);
   if (options.name != nullptr) {
     options.application[0] = const_cast<char*>(options.name);
   }

@@ -14,6 +14,9 @@ struct ProcessPaths {
 };
 extern ProcessPaths paths;
 
+// Whether the path is the link to this process's executable, which shows the launcher.
+bool is_own_executable(const char* path);
+
 // A thread without registers, in the list of all threads.
 Thread* new_thread();
 // Takes the thread out of the list and frees it and all that it owns.

@@ -1,4 +1,5 @@
 // Files that would show the launcher instead of the application.
+#include <fcntl.h>
 #include <sys/syscall.h>
 #include <unistd.h>
 
@@ -14,20 +15,36 @@
 namespace os {
 namespace {
 
-// Whether the string that the application named is the link to this process's executable.
-bool is_own_executable(uint64_t address) {
+// Whether the path that the application gave is the link to this process's executable.
+bool names_own_executable(uint64_t address) {
   char text[32] = {};
   core_copy(text, reinterpret_cast<const void*>(address), sizeof text - 1);
-  char by_id[32];
-  snprintf(by_id, sizeof by_id, "/proc/%d/exe", static_cast<int>(getpid()));
-  return std::strcmp(text, "/proc/self/exe") == 0 ||
-         std::strcmp(text, "/proc/thread-self/exe") == 0 || std::strcmp(text, by_id) == 0;
+  return is_own_executable(text);
+}
+
+// The call with the application's file, where it names the link and would follow it.
+int64_t pass_on_followed(Thread& thread, const Call& call, uint64_t flags) {
+  Call changed = call;
+  if ((flags & AT_SYMLINK_NOFOLLOW) == 0 && names_own_executable(call.arguments[1])) {
+    changed.arguments[1] = reinterpret_cast<uint64_t>(paths.application.c_str());
+  }
+  return pass_on(thread, changed);
 }
 
 }  // namespace
 
+bool is_own_executable(const char* path) {
+  if (std::strncmp(path, "/proc/", 6) != 0) {
+    return false;
+  }
+  char by_id[32];
+  snprintf(by_id, sizeof by_id, "/proc/%d/exe", static_cast<int>(getpid()));
+  return std::strcmp(path, "/proc/self/exe") == 0 ||
+         std::strcmp(path, "/proc/thread-self/exe") == 0 || std::strcmp(path, by_id) == 0;
+}
+
 int64_t sys_readlinkat(Thread& thread, const Call& call) {
-  if (!is_own_executable(call.arguments[1])) {
+  if (!names_own_executable(call.arguments[1])) {
     return pass_on(thread, call);
   }
   const auto room = static_cast<int>(call.arguments[3]);
@@ -40,12 +57,14 @@ int64_t sys_readlinkat(Thread& thread, const Call& call) {
                                                                 : -EFAULT;
 }
 
-int64_t sys_openat(Thread& thread, const Call& call) {
-  Call changed = call;
-  if (is_own_executable(call.arguments[1])) {
-    changed.arguments[1] = reinterpret_cast<uint64_t>(paths.application.c_str());
-  }
-  return pass_on(thread, changed);
+int64_t sys_openat(Thread& thread, const Call& call) { return pass_on_followed(thread, call, 0); }
+
+int64_t sys_newfstatat(Thread& thread, const Call& call) {
+  return pass_on_followed(thread, call, call.arguments[3]);
+}
+
+int64_t sys_statx(Thread& thread, const Call& call) {
+  return pass_on_followed(thread, call, call.arguments[2]);
 }
 
 }  // namespace os

@@ -30,6 +30,8 @@ constexpr Row kRows[] = {
     {SYS_readlinkat, sys_readlinkat},
     {SYS_openat, sys_openat},
     {SYS_openat2, sys_openat},
+    {SYS_newfstatat, sys_newfstatat},
+    {SYS_statx, sys_statx},
     {SYS_exit, sys_exit},
     {SYS_exit_group, sys_exit_group},
     {SYS_set_tid_address, sys_set_tid_address},

@@ -32,6 +32,8 @@ int64_t sys_mprotect(Thread& thread, const Call& call);
 
 int64_t sys_readlinkat(Thread& thread, const Call& call);
 int64_t sys_openat(Thread& thread, const Call& call);
+int64_t sys_newfstatat(Thread& thread, const Call& call);
+int64_t sys_statx(Thread& thread, const Call& call);
 
 int64_t sys_exit(Thread& thread, const Call& call);
 int64_t sys_exit_group(Thread& thread, const Call& call);

@@ -1,9 +1,10 @@
 // Does one thing that a program's surroundings see: manners exit <status> | raise <signal> |
-// fault | args <words> | environment <name> | copy.
+// fault | args <words> | environment <name> | name | copy.
 #include <signal.h>
 #include <stdio.h>
 #include <stdlib.h>
 #include <string.h>
+#include <sys/prctl.h>
 #include <unistd.h>
 
 static void print_words(int count, char** words) {
@@ -37,6 +38,11 @@ int main(int argc, char** argv) {
     return print_words(argc - 2, argv + 2), 0;
   if (strcmp(what, "environment") == 0)
     return puts(getenv(argv[2])), 0;
+  if (strcmp(what, "name") == 0) {
+    char name[16];
+    prctl(PR_GET_NAME, name);
+    return puts(name), 0;
+  }
   if (strcmp(what, "copy") == 0)
     return copy();
   return 99;

@@ -26,6 +26,11 @@ static int inherited(int signal) {
   return action.sa_handler == SIG_IGN;
 }
 
+static int same_file(const char* one, const char* other) {
+  struct stat first, second;
+  return stat(one, &first) == 0 && stat(other, &second) == 0 && first.st_ino == second.st_ino;
+}
+
 int main(int argc, char** argv) {
   char self[4096];
   const ssize_t length = readlink("/proc/self/exe", self, sizeof self - 1);
@@ -42,6 +47,7 @@ int main(int argc, char** argv) {
     setenv("VARIABLE", "set", 1);
     signal(SIGUSR1, SIG_IGN);
     signal(SIGSEGV, SIG_IGN);
+    snprintf(self, sizeof self, "/proc/%d/exe", (int)getpid());
     execl(self, "renamed", "second", "two words", NULL);
   } else if (strcmp(step, "second") == 0) {
     write_script("script", self);
@@ -59,7 +65,7 @@ int main(int argc, char** argv) {
     printf("child: %#x\n", status);
     return 40;
   } else if (strcmp(step, "fifth") == 0) {
-    return 41;
+    return same_file("/proc/self/exe", self) ? 41 : 42;
   }
   perror("exec");
   return 1;
