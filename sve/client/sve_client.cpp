@@ -97,19 +97,21 @@ dr_emit_flags_t event_instruction_change(void* drcontext, void* tag, instrlist_t
                                          bool /*for_trace*/, bool /*translating*/) {
   if (in_other_module(dr_fragment_app_pc(tag)))
     return DR_EMIT_DEFAULT;
+  cpu_state* const record = thread_record(drcontext);
+  uint64_t others = 0;
   instr_t* next = nullptr;
   for (instr_t* instr = instrlist_first_app(bb); instr != nullptr; instr = next) {
     next = instr_get_next_app(instr);
-    const insertion_point point = {drcontext, bb, instr, instr_get_app_pc(instr),
-                                   thread_record(drcontext)};
+    const insertion_point point = {drcontext, bb, instr, instr_get_app_pc(instr), record};
     const decode_stub stub = is_sve(word_at(instr_get_raw_bits(instr)));
     if (stub != nullptr) {
       rewrite_instruction(point, stub);
     } else {
-      aarch64_instr_count.fetch_add(1, std::memory_order_relaxed);
+      others++;
       insert_fz16_hook(point);
     }
   }
+  aarch64_instr_count.fetch_add(others, std::memory_order_relaxed);
   return DR_EMIT_DEFAULT;
 }
 
