@@ -414,6 +414,11 @@ bool emit_application(Emitter& to, uint32_t word, uint64_t pc) {
     emit_constant(to, kLinkRegister, pc + 4);
     [[fallthrough]];
   case ir::control::jump:
+    if (ir::is_conditional_jump(word)) {
+      // To the next word: BC.AL is undefined on most processors.
+      mark(to, pc);
+      to.emit(ir::redirected_branch(word, 4));
+    }
     emit_exit(to, pc + static_cast<uint64_t>(ir::branch_offset(word)));
     return true;
   case ir::control::conditional:

@@ -20,7 +20,7 @@ constexpr control_row control_rows[] = {
     // clang-format off
     {0xfc000000, 0x14000000, control::jump},           // B
     {0xfc000000, 0x94000000, control::call},           // BL
-    {0xff00000e, 0x5400000e, control::jump},           // B.AL, B.NV: always taken
+    {0xff00000e, 0x5400000e, control::jump},           // B.AL, B.NV, BC.AL, BC.NV: always taken
     {0xff000000, 0x54000000, control::conditional},    // B.cond, BC.cond
     {0x7c000000, 0x34000000, control::conditional},    // CBZ, CBNZ, TBZ, TBNZ
     {0xfffffc1f, 0xd61f0000, control::jump_register},  // BR
@@ -104,6 +104,8 @@ bool branch_reaches(std::uint32_t word, std::int64_t offset) {
   const std::int64_t limit = std::int64_t{4} << (offset_width(word) - 1);
   return offset >= -limit && offset < limit;
 }
+
+bool is_conditional_jump(std::uint32_t word) { return (word & 0xff00000e) == 0x5400000e; }
 
 unsigned branch_register(std::uint32_t word) {
   const bool return_address = (word & 0xfffffbff) == 0xd65f0bff;

@@ -31,6 +31,8 @@ std::uint32_t inverted_branch(std::uint32_t word, std::int64_t offset);
 // The same condition with another offset, and whether there is room for that.
 std::uint32_t redirected_branch(std::uint32_t word, std::int64_t offset);
 bool branch_reaches(std::uint32_t word, std::int64_t offset);
+// A jump by B.cond or BC.cond with a condition that always holds.
+bool is_conditional_jump(std::uint32_t word);
 // The register of a BR, BLR or RET in any form: X30 for RETAA and RETAB.
 unsigned branch_register(std::uint32_t word);
 // For an authenticated BR, BLR or RET the word that authenticates `target`, a register that holds a

@@ -137,6 +137,10 @@ void load_fault_state(core::Context& context, const mcontext_t& machine) {
   load(context, machine, place != nullptr ? pc_of(*fragment, *place) : fragment->tag);
   if (place != nullptr && is_at(*fragment, *place, offset)) {
     restore_scratch(context, place->scratch);
+  } else if (offset < fragment->lookup) {
+    // The authentication of a branch's target.
+    load_saved(context);
+    context.x[fragment->lookup_register] = context.exit_x2;
   }
 }
 
