@@ -9,6 +9,13 @@
 namespace core {
 namespace {
 
+// Where a branch goes: the top byte of an address is a tag, which the processor ignores and which
+// it drops when it branches.
+uint64_t without_tag(uint64_t pc) {
+  constexpr uint64_t kTag = uint64_t{0xff} << 56, kUpperHalf = uint64_t{1} << 55;
+  return (pc & kUpperHalf) == 0 ? pc & ~kTag : pc;
+}
+
 // The change of the application's code has been made: what is built from now on is right.
 void flush_if_wanted(Context& context) {
   if ((context.pending & kFlushPending) != 0) {
@@ -59,6 +66,7 @@ Event run(Context& context) {
       context.last_exit = EXIT_NONE;
       return Event::interrupted;
     }
+    context.pc = without_tag(context.pc);
     const Fragment* fragment = next_fragment(context);
     if (fragment == nullptr) {
       context.last_exit = EXIT_NONE;

@@ -58,6 +58,17 @@ static void mapped_again(void) {
   printf("mapped again: %ld\n", sum);
 }
 
+// The processor ignores the top byte of an address, also of one that it branches to.
+static void tagged(void) {
+  char* at = pages(PROT_READ | PROT_WRITE | PROT_EXEC);
+  write_function(at, 33);
+  long sum = 0;
+  for (uintptr_t tag = 0; tag < 200; ++tag) {
+    sum += ((function)((uintptr_t)at | tag << 56))();
+  }
+  printf("tagged: %ld\n", sum);
+}
+
 static sigjmp_buf out;
 static void leave(int signal) { siglongjmp(out, signal); }
 
@@ -123,6 +134,7 @@ int main(void) {
   rewritten();
   toggled();
   mapped_again();
+  tagged();
   forbidden();
   shared_code();
   return 0;
