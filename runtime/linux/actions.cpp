@@ -56,6 +56,18 @@ SignalAction take_action(Thread& thread, int signal) {
   return action;
 }
 
+void clear_handlers(ActionTable& table) {
+  const std::lock_guard lock(table.mutex);
+  for (int signal = 1; signal <= kSignals; ++signal) {
+    if (is_function(table.actions[signal])) {
+      table.actions[signal] = {};
+      if (!is_kept_by_runtime(signal)) {
+        restore_default(signal);
+      }
+    }
+  }
+}
+
 bool application_handles(const Thread& thread, int signal) {
   // Read without the lock: this runs in the fault handler.
   return is_function(thread.signals.actions->actions[signal]) &&

@@ -25,7 +25,7 @@ namespace {
 constexpr uint64_t kThreadFlags = CLONE_VM | CLONE_THREAD | CLONE_SIGHAND;
 // What the runtime does itself around a fork.
 constexpr uint64_t kOwnFlags = CLONE_VFORK | CLONE_VM | CLONE_SETTLS | CLONE_PARENT_SETTID |
-                               CLONE_CHILD_SETTID | CLONE_CHILD_CLEARTID;
+                               CLONE_CHILD_SETTID | CLONE_CHILD_CLEARTID | CLONE_CLEAR_SIGHAND;
 
 int64_t clone_any(Thread& parent, const CloneArguments& arguments) {
   if ((arguments.flags & CLONE_THREAD) != 0) {
@@ -56,6 +56,9 @@ void become_child(Thread& thread, const CloneArguments& arguments) {
   }
   if (arguments.stack != 0) {
     thread.context.sp = arguments.stack;
+  }
+  if ((arguments.flags & CLONE_CLEAR_SIGHAND) != 0) {
+    clear_handlers(*thread.signals.actions);
   }
 }
 

@@ -141,6 +141,7 @@ void code_changed(Thread& thread, uint64_t begin, uint64_t end) {
 }
 
 void lock_runtime() {
+  lock_mappings();
   threads_mutex.lock();
   process_actions.mutex.lock();
   lock_modules();
@@ -154,6 +155,7 @@ void unlock_runtime() {
   unlock_modules();
   process_actions.mutex.unlock();
   threads_mutex.unlock();
+  unlock_mappings();
 }
 
 int64_t sys_exit_group(Thread& thread, const Call& call) {
@@ -163,13 +165,17 @@ int64_t sys_exit_group(Thread& thread, const Call& call) {
 // One thread ends. The last one takes the process with it, whose status is the main thread's.
 int64_t sys_exit(Thread& thread, const Call& call) {
   const int status = static_cast<int>(call.arguments[0]);
+  // A signal for the whole process that has come to this thread would be lost with it.
+  set_kernel_mask(kAllSignals);
+  if ((thread.context.pending & ~core::kFlushPending) != 0) {
+    return kNotMade;
+  }
   if (thread.main) {
     exit_status = status;
   }
   if (thread.vfork_child || leave_process()) {
     exit_process(thread, thread.vfork_child ? status : exit_status);
   }
-  set_kernel_mask(kAllSignals);
   end_thread(thread);
   tell_thread_end(thread);
   release_thread_signals(thread);

@@ -50,6 +50,9 @@ bool is_function(const SignalAction& action);
 // default.
 SignalAction take_action(Thread& thread, int signal);
 
+// Puts every handler of the application back to the default.
+void clear_handlers(ActionTable& table);
+
 // The runtime's handlers for the whole process, and the calling thread's alternate stack.
 void install_handlers();
 void prepare_thread_signals(Thread& thread);

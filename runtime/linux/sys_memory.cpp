@@ -22,6 +22,10 @@ struct Break {
 };
 constinit Break program_break = {};
 
+// Held while a mapping changes and the tables follow: between the two another thread might map
+// something else there, which the tables would then deny.
+constinit std::mutex mappings_mutex;
+
 void* at(uint64_t address) { return reinterpret_cast<void*>(address); }
 
 bool failed(int64_t result) { return result < 0 && result > -4096; }
@@ -70,6 +74,8 @@ void set_initial_break(uint64_t begin) {
   program_break.limit = got == MAP_FAILED ? start : start + kBreakRoom;
 }
 
+void lock_mappings() { mappings_mutex.lock(); }
+void unlock_mappings() { mappings_mutex.unlock(); }
 void lock_break() { program_break.mutex.lock(); }
 void unlock_break() { program_break.mutex.unlock(); }
 
@@ -83,6 +89,7 @@ int64_t sys_brk(Thread&, const Call& call) {
 }
 
 int64_t sys_mmap(Thread& thread, const Call& call) {
+  const std::lock_guard lock(mappings_mutex);
   const uint64_t size = call.arguments[1];
   const uint64_t protection = call.arguments[2];
   const uint64_t flags = call.arguments[3];
@@ -102,6 +109,7 @@ int64_t sys_mmap(Thread& thread, const Call& call) {
 }
 
 int64_t sys_munmap(Thread& thread, const Call& call) {
+  const std::lock_guard lock(mappings_mutex);
   const int64_t result = pass_on(thread, call);
   if (result == 0) {
     note_change(thread, call.arguments[0], call.arguments[1], false);
@@ -111,6 +119,7 @@ int64_t sys_munmap(Thread& thread, const Call& call) {
 }
 
 int64_t sys_mremap(Thread& thread, const Call& call) {
+  const std::lock_guard lock(mappings_mutex);
   const uint64_t old_begin = call.arguments[0];
   const uint64_t old_size = call.arguments[1];
   const bool executable = core::executable_end(old_begin) != 0;
@@ -123,6 +132,7 @@ int64_t sys_mremap(Thread& thread, const Call& call) {
 }
 
 int64_t sys_mprotect(Thread& thread, const Call& call) {
+  const std::lock_guard lock(mappings_mutex);
   Call changed = call;
   changed.arguments[2] = without_execution(call.arguments[2]);
   const int64_t result = pass_on(thread, changed);

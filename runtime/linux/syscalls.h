@@ -54,6 +54,8 @@ int64_t sys_wait_with_mask(Thread& thread, const Call& call);
 // The application's break: [begin, reserved) is set aside for it.
 void set_initial_break(uint64_t begin);
 // Its lock, to be held over a fork.
+void lock_mappings();
+void unlock_mappings();
 void lock_break();
 void unlock_break();
 
