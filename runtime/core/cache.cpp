@@ -82,6 +82,12 @@ uint32_t emit_jump(Cache& cache, unsigned scratch, uint64_t target) {
   return at;
 }
 
+void protect(const Cache& cache, int protection) {
+  if (mprotect(cache.base, cache.size, protection) != 0) {
+    fatal("the host refuses executable memory for a code cache");
+  }
+}
+
 void patch(Cache& cache, uint32_t site, uint32_t word) {
   CacheWriter writer(cache, site, site + 4);
   // One store, so that a processor fetches either the old branch or the new one.
@@ -115,13 +121,13 @@ uint32_t stub_word() { return enc::stp_x(0, 1, kStolenRegister, CTX_EXIT_X0); }
 CacheWriter::CacheWriter(Cache& cache, uint32_t begin, uint32_t end)
     : cache_(cache), begin_(begin), end_(end) {
   if (cache.toggles) {
-    mprotect(cache.base, cache.size, PROT_READ | PROT_WRITE);
+    protect(cache, PROT_READ | PROT_WRITE);
   }
 }
 
 CacheWriter::~CacheWriter() {
   if (cache_.toggles) {
-    mprotect(cache_.base, cache_.size, PROT_READ | PROT_EXEC);
+    protect(cache_, PROT_READ | PROT_EXEC);
   }
   char* base = reinterpret_cast<char*>(cache_.base);
   __builtin___clear_cache(base + begin_, base + end_);

@@ -90,7 +90,9 @@ void prepare_thread_signals(Thread& thread) {
   stack_t stack = {};
   stack.ss_sp = memory;
   stack.ss_size = kHandlerStack;
-  sigaltstack(&stack, nullptr);
+  if (sigaltstack(&stack, nullptr) != 0) {
+    core::fatal("the host refuses a signal stack");
+  }
   thread.signals.handler_stack = memory;
   thread.signals.alternate = {};
   thread.signals.alternate.ss_flags = SS_DISABLE;

@@ -65,7 +65,9 @@ const char* map_tail(const Elf64_Phdr& segment, uint64_t bias) {
   const uint64_t anonymous = page_ceiling(file_end);
   const int wanted = protection(segment);
   if (segment.p_memsz > segment.p_filesz && anonymous > file_end) {
-    mprotect(at(page_floor(file_end)), page_size(), PROT_READ | PROT_WRITE);
+    if (mprotect(at(page_floor(file_end)), page_size(), PROT_READ | PROT_WRITE) != 0) {
+      return kNoMemory;
+    }
     std::memset(at(file_end), 0, anonymous - file_end);
     mprotect(at(page_floor(file_end)), page_size(), wanted);
   }

@@ -9,10 +9,12 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <new>
 #include <string>
 
 #include "runtime/core/block.h"
 #include "runtime/core/client.h"
+#include "runtime/core/fatal.h"
 #include "runtime/linux/loader.h"
 #include "runtime/linux/modules.h"
 #include "runtime/linux/options.h"
@@ -121,6 +123,7 @@ Thread& load(const std::string& path, char** arguments, char** environment) {
 }
 
 int launch(int argc, char** argv, char** environment) {
+  std::set_new_handler([] { core::fatal("no memory"); });
   Options options = read_options(argc, argv);
   if (options.status >= 0) {
     return options.status;

@@ -32,10 +32,9 @@ uint64_t map_stack(bool executable) {
   const uint64_t size = stack_size();
   void* stack = mmap(nullptr, size + page_size(), PROT_READ | PROT_WRITE,
                      MAP_PRIVATE | MAP_ANONYMOUS | MAP_NORESERVE | MAP_STACK, -1, 0);
-  if (stack == MAP_FAILED) {
+  if (stack == MAP_FAILED || mprotect(stack, page_size(), PROT_NONE) != 0) {
     return 0;
   }
-  mprotect(stack, page_size(), PROT_NONE);
   const uint64_t begin = reinterpret_cast<uint64_t>(stack) + page_size();
   if (executable) {
     core::allow_execution(begin, begin + size);
