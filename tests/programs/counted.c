@@ -2,6 +2,7 @@
 #include <pthread.h>
 #include <stdint.h>
 #include <stdio.h>
+#include <stdlib.h>
 
 void counted_block(uint64_t n);
 void counted_branches(uint64_t n);
@@ -9,15 +10,21 @@ void counted_while(uint64_t n);
 void counted_calls(uint64_t n);
 void counted_none(void);
 
-enum { VECTOR_BYTES = 16, THREADS = 5, ROUNDS = 150 };
+enum { VECTOR_BYTES = 16, THREADS = 8 };
+
+// Of six instructions on each thread.
+static uint64_t rounds = 150;
 
 static void* on_a_thread(void* unused) {
-  counted_block(ROUNDS);
-  counted_calls(ROUNDS);
+  counted_block(rounds);
+  counted_calls(rounds);
   return unused;
 }
 
 int main(void) {
+  const char* const wanted = getenv("TAVOK_TEST_ROUNDS");
+  if (wanted != NULL)
+    rounds = strtoull(wanted, NULL, 10);
   uint64_t expected = 0;
   counted_block(1000);
   expected += 1000 * 3;
@@ -35,7 +42,7 @@ int main(void) {
     pthread_create(&threads[i], NULL, on_a_thread, NULL);
   for (int i = 0; i < THREADS; i++)
     pthread_join(threads[i], NULL);
-  expected += THREADS * ROUNDS * (3 + 3);
+  expected += THREADS * rounds * (3 + 3);
   printf("%llu\n", (unsigned long long)expected);
   return 0;
 }

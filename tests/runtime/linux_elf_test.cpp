@@ -3,6 +3,8 @@
 #include <sys/mman.h>
 #include <unistd.h>
 
+#include <cstddef>
+#include <cstdlib>
 #include <cstring>
 #include <functional>
 #include <string>
@@ -135,11 +137,146 @@ TEST(Elf, SurvivesAnyByte) {
       if (os::read_elf(fd, headers) == nullptr && headers.file.e_type == ET_DYN &&
           headers.end - headers.begin <= kLargest &&
           os::map_image(fd, headers, 0, image) == nullptr) {
+        core::forbid_execution(image.begin, image.end);
         munmap(reinterpret_cast<void*>(image.begin), image.end - image.begin);
       }
       close(fd);
     }
   }
+}
+
+// ---- fields with values that programs of other kinds have, alone and in pairs -------------------
+
+struct Field {
+  size_t at, size;
+};
+
+std::vector<Field> all_fields() {
+  std::vector<Field> fields;
+#define FIELD(type, base, member)                                                                  \
+  fields.push_back({(base) + offsetof(type, member), sizeof(type::member)})
+  FIELD(Elf64_Ehdr, 0, e_type);
+  FIELD(Elf64_Ehdr, 0, e_machine);
+  FIELD(Elf64_Ehdr, 0, e_entry);
+  FIELD(Elf64_Ehdr, 0, e_phoff);
+  FIELD(Elf64_Ehdr, 0, e_phentsize);
+  FIELD(Elf64_Ehdr, 0, e_phnum);
+  for (size_t i = 0; i < 3; ++i) {
+    const size_t base = sizeof(Elf64_Ehdr) + i * sizeof(Elf64_Phdr);
+    FIELD(Elf64_Phdr, base, p_type);
+    FIELD(Elf64_Phdr, base, p_flags);
+    FIELD(Elf64_Phdr, base, p_offset);
+    FIELD(Elf64_Phdr, base, p_vaddr);
+    FIELD(Elf64_Phdr, base, p_filesz);
+    FIELD(Elf64_Phdr, base, p_memsz);
+    FIELD(Elf64_Phdr, base, p_align);
+  }
+#undef FIELD
+  return fields;
+}
+
+std::vector<uint64_t> interesting_values() {
+  const uint64_t page = os::page_size();
+  std::vector<uint64_t> values = {0, 1, 2, 3, 4, 5, 6, 7, 8, 16, 56, 64, 183, 0x6474e551};
+  for (const uint64_t edge : {page, 2 * page, 3 * page, uint64_t{1} << 16, uint64_t{1} << 31,
+                              uint64_t{1} << 32, uint64_t{1} << 47, uint64_t{1} << 48, kHuge}) {
+    values.insert(values.end(), {edge - page, edge - 1, edge, edge + 1});
+  }
+  values.insert(values.end(), {~uint64_t{0}, ~uint64_t{0} - page + 1});
+  return values;
+}
+
+// What an accepted file must have become: each byte of a segment that no other one shares a page
+// with is the file's or zero.
+void check_image(int fd, const os::ElfHeaders& headers, const os::Image& image) {
+  EXPECT_EQ(image.begin % os::page_size(), 0u);
+  EXPECT_EQ(image.entry, image.bias + headers.file.e_entry);
+  const Elf64_Phdr* last = nullptr;
+  for (const Elf64_Phdr& segment : headers.segments) {
+    last = segment.p_type == PT_LOAD ? &segment : last;
+  }
+  const uint64_t at = image.bias + last->p_vaddr;
+  ASSERT_LE(at + last->p_memsz, image.end);
+  if ((last->p_flags & (PF_R | PF_X)) == 0) {
+    return;
+  }
+  for (const uint64_t i : {uint64_t{0}, last->p_filesz - 1, last->p_filesz, last->p_memsz - 1}) {
+    if (i < last->p_memsz) {
+      char expected = 0;
+      if (i < last->p_filesz) {
+        ASSERT_EQ(pread(fd, &expected, 1, static_cast<off_t>(last->p_offset + i)), 1);
+      }
+      EXPECT_EQ(*reinterpret_cast<const char*>(at + i), expected) << i;
+    }
+  }
+}
+
+struct ElfMutator {
+  const std::vector<Field> fields = all_fields();
+  const std::vector<uint64_t> values = interesting_values();
+  uint64_t seed = 1;
+  int accepted = 0, refused = 0;
+
+  uint64_t any(uint64_t below) {
+    seed = seed * 6364136223846793005u + 1442695040888963407u;
+    return (seed >> 33) % below;
+  }
+  static void change(int fd, const Field& field, uint64_t value) {
+    ASSERT_EQ(pwrite(fd, &value, field.size, static_cast<off_t>(field.at)),
+              static_cast<ssize_t>(field.size));
+  }
+  // The simulator takes minutes for a mapping of terabytes.
+  static constexpr uint64_t kLargest = uint64_t{1} << 30;
+  void load(int fd) {
+    os::ElfHeaders headers;
+    os::Image image;
+    if (const char* reason = os::read_elf(fd, headers)) {
+      EXPECT_NE(*reason, '\0');
+      ++refused;
+    } else if (headers.end - headers.begin <= kLargest && headers.alignment <= kLargest &&
+               os::map_image(fd, headers, 0, image) == nullptr) {
+      check_image(fd, headers, image);
+      core::forbid_execution(image.begin, image.end);
+      munmap(reinterpret_cast<void*>(image.begin), image.end - image.begin);
+      ++accepted;
+    }
+  }
+};
+
+TEST(Elf, SurvivesInterestingFields) {
+  ElfMutator mutator;
+  for (const Field& field : mutator.fields) {
+    for (const uint64_t value : mutator.values) {
+      SCOPED_TRACE(std::to_string(field.at) + ": " + std::to_string(value));
+      const int fd = File().descriptor();
+      ElfMutator::change(fd, field, value);
+      mutator.load(fd);
+      close(fd);
+    }
+  }
+  EXPECT_GT(mutator.accepted, 100);
+  EXPECT_GT(mutator.refused, 100);
+}
+
+// TAVOK_TEST_ELF_FILES=1000000 is the long run.
+TEST(Elf, SurvivesFieldsTogetherAndCutFiles) {
+  const char* const wanted = std::getenv("TAVOK_TEST_ELF_FILES");
+  const int files = wanted != nullptr ? std::atoi(wanted) : 3000;
+  ElfMutator mutator;
+  for (int number = 0; number < files; ++number) {
+    SCOPED_TRACE(number);
+    const int fd = File().descriptor();
+    for (uint64_t i = 2 + mutator.any(3); i > 0; --i) {
+      const Field& field = mutator.fields[mutator.any(mutator.fields.size())];
+      ElfMutator::change(fd, field, mutator.values[mutator.any(mutator.values.size())]);
+    }
+    if (mutator.any(8) == 0) {
+      ASSERT_EQ(ftruncate(fd, static_cast<off_t>(mutator.any(3 * os::page_size()))), 0);
+    }
+    mutator.load(fd);
+    close(fd);
+  }
+  EXPECT_GT(mutator.accepted + mutator.refused, files / 2);
 }
 
 TEST(Loader, MapsSegmentsAndZeroesTheRest) {

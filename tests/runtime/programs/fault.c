@@ -8,6 +8,12 @@
 
 static char data_page[4096];
 
+static int recurse(volatile char* above) {
+  volatile char frame[512];
+  frame[0] = *above;
+  return recurse(frame) + frame[0];
+}
+
 static void end(const char* how) {
   if (strcmp(how, "store") == 0) {
     *(volatile int*)16 = 1;
@@ -38,6 +44,9 @@ static void end(const char* how) {
     ((void (*)(void))(void*)page)();
   } else if (strcmp(how, "sve") == 0) {
     __asm__ volatile(".inst 0x04000000");
+  } else if (strcmp(how, "recursion") == 0) {
+    char first = 0;
+    recurse(&first);
   } else if (strcmp(how, "_exit") == 0) {
     _exit(200);
   }

@@ -171,8 +171,50 @@ static void* last(void* argument) {
   exit(21);
 }
 
+// Pages that the process holds, and its mappings.
+static void count_memory(long* pages, long* mappings) {
+  FILE* const statm = fopen("/proc/self/statm", "r");
+  FILE* const maps = fopen("/proc/self/maps", "r");
+  if (fscanf(statm, "%*d %ld", pages) != 1) {
+    *pages = 0;
+  }
+  *mappings = 0;
+  for (int c; (c = getc(maps)) != EOF;) {
+    *mappings += c == '\n';
+  }
+  fclose(statm);
+  fclose(maps);
+}
+
+static void one_by_one(void) {
+  enum { WARM = 50, MOST_PAGES = 8000, MOST_MAPPINGS = 50 };
+  const char* const wanted = getenv("TAVOK_TEST_THREADS");
+  const long count = wanted != NULL ? atol(wanted) : 500;
+  long pages[2], mappings[2];
+  for (long i = 0; i < WARM + count; ++i) {
+    if (i == WARM) {
+      count_memory(&pages[0], &mappings[0]);
+    }
+    pthread_t thread;
+    void* result;
+    if (pthread_create(&thread, NULL, add, (void*)i) != 0) {
+      printf("create failed after %ld\n", i);
+      return;
+    }
+    pthread_join(thread, &result);
+  }
+  count_memory(&pages[1], &mappings[1]);
+  printf("one by one: memory %s, mappings %s\n",
+         pages[1] - pages[0] < MOST_PAGES ? "bounded" : "grows",
+         mappings[1] - mappings[0] < MOST_MAPPINGS ? "bounded" : "grow");
+}
+
 int main(int argc, char** argv) {
   setvbuf(stdout, NULL, _IONBF, 0);
+  if (argc > 1 && strcmp(argv[1], "one_by_one") == 0) {
+    one_by_one();
+    return 0;
+  }
   many();
   ends();
   signals();
