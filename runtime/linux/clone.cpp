@@ -81,6 +81,7 @@ int64_t fork_process(Thread& parent, const CloneArguments& arguments) {
   const int64_t child = plain_fork(arguments);
   if (child == 0) {
     keep_only(parent);
+    parent.vfork_child |= (arguments.flags & CLONE_VFORK) != 0;
   }
   unlock_runtime();
   if (child == 0) {
@@ -93,10 +94,14 @@ int64_t fork_process(Thread& parent, const CloneArguments& arguments) {
 
 // ---- a process that borrows the parent's memory -------------------------------------------------
 
+// The simulator copies the memory, like a fork: found out at the first child.
+constinit bool can_borrow = true;
+
 struct VforkChild {
   Thread* thread;
   const CloneArguments* arguments;
   uint64_t mask;
+  bool began;
   ActionTable actions;
 };
 
@@ -104,6 +109,8 @@ struct VforkChild {
 // while the parent sleeps. Only the table of signal actions is its own.
 void run_vfork_child(void* argument) {
   auto& child = *static_cast<VforkChild*>(argument);
+  child.began = true;
+  unlock_runtime();
   Thread& thread = *child.thread;
   thread.signals.actions = &child.actions;
   thread.vfork_child = true;
@@ -146,12 +153,18 @@ struct SavedThread {
 
 int64_t vfork_process(Thread& parent, const CloneArguments& arguments, uint64_t mask) {
   const SavedThread saved(parent);
-  VforkChild child = {&parent, &arguments, mask, {}};
+  VforkChild child = {&parent, &arguments, mask, false, {}};
   std::copy_n(parent.signals.actions->actions, std::size(child.actions.actions),
               child.actions.actions);
   constexpr uint64_t kKept = CLONE_VM | CLONE_VFORK;
   const uint64_t flags = kKept | static_cast<uint64_t>(arguments.exit_signal);
+  // If the child's memory is a copy, no other thread will ever release a lock in it.
+  lock_runtime();
   const int64_t id = os_vfork(flags, run_vfork_child, &child);
+  if (!child.began) {
+    unlock_runtime();
+    can_borrow = id < 0;
+  }
   saved.restore(parent);
   if (id > 0 && (arguments.flags & CLONE_PARENT_SETTID) != 0) {
     write_word(arguments.parent_tid, static_cast<int>(id));
@@ -166,7 +179,8 @@ int64_t create_process(Thread& parent, const CloneArguments& arguments) {
   if ((parent.context.pending & ~core::kFlushPending) != 0) {
     return kNotMade;
   }
-  const bool borrow = (arguments.flags & CLONE_VM) != 0 && (arguments.flags & ~kOwnFlags) == 0;
+  const bool borrow =
+      can_borrow && (arguments.flags & CLONE_VM) != 0 && (arguments.flags & ~kOwnFlags) == 0;
   const int64_t result =
       borrow ? vfork_process(parent, arguments, mask) : fork_process(parent, arguments);
   set_kernel_mask(mask);

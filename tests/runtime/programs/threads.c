@@ -165,6 +165,38 @@ static void fork_in_thread(void) {
   printf("fork in a thread: %#lx\n", (long)result);
 }
 
+// Children that lend their memory from a process whose other thread begins threads all the time.
+static void* begins_threads(void* argument) {
+  while (!stop) {
+    pthread_t thread;
+    pthread_create(&thread, NULL, add, argument);
+    pthread_join(thread, NULL);
+  }
+  return NULL;
+}
+
+static void spawn_beside_threads(void) {
+  stop = 0;
+  pthread_t thread;
+  pthread_create(&thread, NULL, begins_threads, NULL);
+  int right = 0;
+  for (int i = 0; i < 15; ++i) {
+    char* const arguments[] = {"none", NULL};
+    const pid_t child = vfork();
+    if (child == 0) {
+      execv("./no-such-file", arguments);
+      _exit(errno == ENOENT ? i : 99);
+    }
+    int status;
+    waitpid(child, &status, 0);
+    right += WEXITSTATUS(status) == i;
+    usleep(3000);
+  }
+  stop = 1;
+  pthread_join(thread, NULL);
+  printf("children beside threads: %d\n", right);
+}
+
 static void* last(void* argument) {
   pthread_join(*(pthread_t*)argument, NULL);
   printf("the main thread has ended\n");
@@ -219,6 +251,7 @@ int main(int argc, char** argv) {
   ends();
   signals();
   fork_in_thread();
+  spawn_beside_threads();
   if (argc > 1 && strcmp(argv[1], "main") == 0) {
     static pthread_t self;
     self = pthread_self();
