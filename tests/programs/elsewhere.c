@@ -1,6 +1,7 @@
 // The same SVE function in three places: elsewhere here | memory | library. In the program itself
 // and in memory that the program fills with code it runs; in a shared library it stays as it is,
-// so that a processor without SVE refuses it.
+// so that a processor without SVE refuses it. elsewhere fault: in the program, and with no memory
+// to load from.
 #include <stdint.h>
 #include <stdio.h>
 #include <string.h>
@@ -29,6 +30,7 @@ int main(int argc, char** argv) {
     sum = copy_to_memory();
   if (strcmp(where, "library") == 0)
     sum = library_sum_of_vector;
-  printf("%llu\n", (unsigned long long)sum(values));
+  const uint32_t* const nowhere = (const uint32_t*)8;
+  printf("%llu\n", (unsigned long long)sum(strcmp(where, "fault") == 0 ? nowhere : values));
   return 0;
 }

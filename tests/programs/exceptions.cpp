@@ -1,6 +1,7 @@
 // C++ around vector loops: exceptions through frames that hold vectors, destructors on the way,
 // virtual calls, containers, streams, and an exit status of its own.
 #include <algorithm>
+#include <csignal>
 #include <iostream>
 #include <map>
 #include <memory>
@@ -58,6 +59,30 @@ struct Leaving {
     filter->apply(values);
 }
 
+[[gnu::noipa]] void copy(int* to, const int* from, int n) {
+  for (int i = 0; i < n; i++)
+    to[i] = from[i] * 3;
+}
+
+void throw_signal(int number) { throw number; }
+
+// Out of the handler of a fault in a vector loop.
+void leave_by_exception() {
+  struct sigaction action = {};
+  action.sa_handler = throw_signal;
+  action.sa_flags = SA_NODEFER;
+  sigaction(SIGSEGV, &action, nullptr);
+  std::vector<int> to(50);
+  for (int round = 0; round < 3; round++) {
+    try {
+      copy(to.data(), reinterpret_cast<const int*>(64), 50);
+    } catch (const int number) {
+      std::cout << "caught " << number << "\n";
+    }
+    copy(to.data(), to.data(), 50);
+  }
+}
+
 }  // namespace
 
 int main() {
@@ -81,6 +106,7 @@ int main() {
   }
   for (const auto& [outcome, times] : outcomes)
     std::cout << outcome << ": " << times << "\n";
+  leave_by_exception();
   std::cerr << "on the error stream\n";
   return 43;
 }

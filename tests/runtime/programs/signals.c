@@ -8,8 +8,10 @@
 #include <stdlib.h>
 #include <string.h>
 #include <sys/mman.h>
+#include <sys/signalfd.h>
 #include <sys/time.h>
 #include <sys/wait.h>
+#include <time.h>
 #include <ucontext.h>
 #include <unistd.h>
 
@@ -323,6 +325,79 @@ static void registers_survive(void) {
          (unsigned long)high);
 }
 
+// ---- signals without a handler, and those of timers and other threads ---------------------------
+
+static void waited_for(void) {
+  sigset_t set, old;
+  sigemptyset(&set);
+  sigaddset(&set, SIGRTMIN + 1);
+  sigaddset(&set, SIGRTMIN + 2);
+  sigprocmask(SIG_BLOCK, &set, &old);
+  for (int i = 0; i < 6; ++i) {
+    const union sigval value = {.sival_int = 100 + i};
+    sigqueue(getpid(), SIGRTMIN + 2 - i % 2, value);
+  }
+  const int fd = signalfd(-1, &set, SFD_CLOEXEC);
+  struct signalfd_siginfo read_info;
+  siginfo_t info;
+  for (int i = 0; i < 3; ++i) {
+    const ssize_t got = read(fd, &read_info, sizeof read_info);
+    const int waited = sigwaitinfo(&set, &info);
+    printf("read %d: %d %d; waited for %d: %d\n", got == sizeof read_info,
+           (int)read_info.ssi_signo - SIGRTMIN, read_info.ssi_int, waited - SIGRTMIN,
+           info.si_value.sival_int);
+  }
+  const struct timespec none = {0, 1000000};
+  printf("nothing more: %d %d\n", sigtimedwait(&set, &info, &none), errno == EAGAIN);
+  close(fd);
+  sigprocmask(SIG_SETMASK, &old, NULL);
+}
+
+static volatile int nested_depth, deepest, raises_left;
+static void nest(int signal, siginfo_t* info, void* context) {
+  (void)info;
+  (void)context;
+  ++nested_depth;
+  deepest = nested_depth > deepest ? nested_depth : deepest;
+  if (raises_left-- > 0) {
+    raise(signal);
+  }
+  --nested_depth;
+}
+
+static void nested(void) {
+  raises_left = 20;
+  install(SIGUSR2, nest, SA_NODEFER);
+  raise(SIGUSR2);
+  printf("nested: %d", deepest);
+  deepest = 0;
+  raises_left = 20;
+  install(SIGUSR2, nest, 0);
+  raise(SIGUSR2);
+  printf(", deferred: %d\n", deepest);
+}
+
+static void value_of_timer(int signal, siginfo_t* info, void* context) {
+  (void)signal;
+  (void)context;
+  count = info->si_code == SI_TIMER ? info->si_value.sival_int : -1;
+}
+
+static void timer_with_value(void) {
+  struct sigevent event = {.sigev_notify = SIGEV_SIGNAL, .sigev_signo = SIGRTMIN + 4};
+  event.sigev_value.sival_int = 4711;
+  timer_t timer;
+  install(SIGRTMIN + 4, value_of_timer, 0);
+  count = 0;
+  const struct itimerspec soon = {{0, 0}, {0, 1000000}};
+  printf("timer: %d", timer_create(CLOCK_MONOTONIC, &event, &timer));
+  timer_settime(timer, 0, &soon, NULL);
+  while (count == 0) {
+  }
+  printf(" %d\n", (int)count);
+  timer_delete(timer);
+}
+
 int main(void) {
   setvbuf(stdout, NULL, _IONBF, 0);
   synchronous();
@@ -335,6 +410,9 @@ int main(void) {
   smallest_stack();
   stack_overflow();
   registers_survive();
+  waited_for();
+  nested();
+  timer_with_value();
   signal(SIGUSR1, SIG_IGN);
   printf("ignored: %d\n", raise(SIGUSR1));
   return 0;
