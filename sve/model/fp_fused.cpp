@@ -18,26 +18,32 @@ template <class E> VecV turned(const VecV& zn, uint64_t rotation, const CpuConte
   });
 }
 
-// The part of each of zn's pairs that the rotation multiplies.
-template <class E> VecV multiplier(const VecV& zn, uint64_t rotation, const CpuContext* context) {
-  const unsigned odd_turn = rotation % 2;
-  return map<E>(context, [&](unsigned e) { return get<E>(zn, (e & ~1u) + odd_turn); });
+// One part of each pair, in both of its places.
+template <class E> VecV both_parts(const VecV& pairs, bool imaginary, const CpuContext* context) {
+  if (imaginary)
+    return map<E>(context, [&](unsigned e) { return get<E>(pairs, e | 1); });
+  return map<E>(context, [&](unsigned e) { return get<E>(pairs, e & ~1u); });
 }
 
-// What it is multiplied with: a part of zm's pair of that number.
-template <class E, class PairOf>
-VecV multiplicand(const VecV& zm, uint64_t rotation, const CpuContext* context, PairOf pair_of) {
+// What the rotation multiplies with: zm's pairs, exchanged by an odd turn, with their signs.
+template <class E> VecV multiplicand(const VecV& zm, uint64_t rotation, const CpuContext* context) {
   const bool odd_turn = rotation % 2 != 0, half_turn = rotation >= 2;
-  return map<E>(context, [&](unsigned e) {
-    const bool real = e % 2 == 0;
-    const bool negative = real ? odd_turn != half_turn : half_turn;
-    return negated_if(negative, get<E>(zm, 2 * pair_of(e) + (real == odd_turn)));
-  });
+  const E real_sign = odd_turn != half_turn ? FPFormat<E>::sign_bit : E{0};
+  const E imaginary_sign = half_turn ? FPFormat<E>::sign_bit : E{0};
+  const auto sign = [=](unsigned e) { return e % 2 == 0 ? real_sign : imaginary_sign; };
+  if (odd_turn)
+    return map<E>(context, [&](unsigned e) { return E(get<E>(zm, e ^ 1) ^ sign(e)); });
+  return map<E>(context, [&](unsigned e) { return E(get<E>(zm, e) ^ sign(e)); });
 }
 
-template <class E> unsigned indexed_pair(unsigned e, uint64_t index) {
+// The pair of that number of each 128-bit segment, for all of the segment's pairs.
+template <class E>
+VecV spread_indexed_pair(const VecV& zm, uint64_t index, const CpuContext* context) {
   constexpr unsigned pairs = segment_bytes / (2 * sizeof(E));
-  return e / 2 / pairs * pairs + static_cast<unsigned>(index);
+  return map<E>(context, [&](unsigned e) {
+    const unsigned pair = e / 2 / pairs * pairs + static_cast<unsigned>(index);
+    return get<E>(zm, 2 * pair + e % 2);
+  });
 }
 
 }  // namespace
@@ -69,17 +75,17 @@ FP_FUSED(FNMSUBVVVM, (F16, F32, D64), FPMulAdd(FPNeg(c), a, b, fpscr))
   MODEL_DEFINE(type, operation, VecV, (VecV old, PredV pg, VecV zn, VecV zm, uint64_t rotation)) { \
     using E = model::type;                                                                         \
     return fp_merge<E>(old, pg, context, FP_OF_3(FPMulAdd(a, b, c, fpscr)), old,                   \
-                       multiplier<E>(zn, rotation, context),                                       \
-                       multiplicand<E>(zm, rotation, context, [](unsigned e) { return e / 2; }));  \
+                       both_parts<E>(zn, rotation % 2 != 0, context),                              \
+                       multiplicand<E>(zm, rotation, context));                                    \
   }
 #define FP_COMPLEX_INDEXED(type, operation, ...)                                                   \
   MODEL_DEFINE(type, operation, VecV,                                                              \
                (VecV zn, VecV zm, VecV old, uint64_t rotation, uint64_t index)) {                  \
     using E = model::type;                                                                         \
-    return fp_map<E>(context, FP_OF_3(FPMulAdd(a, b, c, fpscr)), old,                              \
-                     multiplier<E>(zn, rotation, context),                                         \
-                     multiplicand<E>(zm, rotation, context,                                        \
-                                     [&](unsigned e) { return indexed_pair<E>(e, index); }));      \
+    return fp_map<E>(                                                                              \
+        context, FP_OF_3(FPMulAdd(a, b, c, fpscr)), old,                                           \
+        both_parts<E>(zn, rotation % 2 != 0, context),                                             \
+        multiplicand<E>(spread_indexed_pair<E>(zm, index, context), rotation, context));           \
   }
 
 SVE_EACH(FP_FUSED_INDEXED, FMAVVVIX, (F16, F32, D64), FPMulAdd(a, b, c, fpscr))

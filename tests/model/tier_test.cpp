@@ -5,9 +5,13 @@
 // TAVOK_TIER_SEED, TAVOK_TIER_ROW (a part of the rows' names) and TAVOK_TIER_COUNT (cases for each
 // row) replay a failure or make a long run. TAVOK_TIER_HALVES is how many half-precision values
 // meet as many others; with 256, all 65536 of them are single operands.
+#include <array>
+#include <bit>
+#include <cmath>
 #include <cstdlib>
 
 #include "host/fp_unit.h"
+#include "sve/fp/convert.h"
 #include "tests/model/random_case.h"
 #include "tests/model/twin_row.h"
 
@@ -134,7 +138,7 @@ TEST(Tiers, AgreeOnEveryRow) {
 struct HalfRow {
   const Row* row;
   uint32_t word;
-  bool unary, merging;
+  bool unary, merging, fused;
 };
 
 constexpr unsigned d = 3, n = 1, m = 2;
@@ -149,7 +153,8 @@ std::vector<HalfRow> half_rows() {
       continue;
     const uint32_t operands = d | n << 5 | m << 16;
     const bool unary = (name.ends_with("VM") && !name.ends_with("VVM")) || name.ends_with("V0Z");
-    rows.push_back({&row, row.value | (operands & ~row.mask), unary, name.ends_with("M")});
+    rows.push_back({&row, row.value | (operands & ~row.mask), unary, name.ends_with("M"),
+                    has("FM") || has("FNM") || has("FCMLA")});
   }
   return rows;
 }
@@ -158,6 +163,20 @@ std::vector<HalfRow> half_rows() {
 void fill(uint8_t* slot, uint16_t value) {
   for (unsigned e = 0; e < vector_bytes / sizeof value; e++)
     memcpy(slot + e * sizeof value, &value, sizeof value);
+}
+
+// An addend and two factors whose product is near half a unit of the addend's last place, so that
+// the sum is near a tie: what rounds twice gets some of these wrong.
+std::array<uint16_t, 3> near_tie(Random& random) {
+  const auto half = [](double value) {
+    FPSCR fpscr = 0;
+    return FPConvert<uint16_t>(std::bit_cast<uint64_t>(value), FPRounding_TIEEVEN, fpscr);
+  };
+  const int exponent = static_cast<int>(random() % 9) - 4;
+  const double addend = std::ldexp(1024 + static_cast<double>(random() % 1024), exponent - 10);
+  const double factor = std::ldexp(1024 + static_cast<double>(random() % 1024), -10);
+  const double other = std::ldexp(random() % 2 == 0 ? 1 : -1, exponent - 11) / factor;
+  return {half(addend), half(factor), half(other)};
 }
 
 TEST(Tiers, AgreeOnHalfPrecisionUnderAllControls) {
@@ -184,6 +203,12 @@ TEST(Tiers, AgreeOnHalfPrecisionUnderAllControls) {
         fill(chosen.state.z[n], half.unary ? alone : values[i % halves]);
         fill(chosen.state.z[d], half.merging ? second : third);
         fill(chosen.state.z[m], half.merging ? third : second);
+        if (half.fused && i % 2 == 0) {
+          const std::array<uint16_t, 3> operands = near_tie(random);
+          const unsigned first = random() % 3;
+          for (const unsigned z : {0, 1, 2})
+            fill(chosen.state.z[std::array{d, n, m}[z]], operands[(first + z) % 3]);
+        }
         const testing::AssertionResult result = agree(*half.row, *twin, chosen, memory);
         EXPECT_TRUE(result);
         same = static_cast<bool>(result);
