@@ -1,20 +1,16 @@
 #include "runtime/core/block.h"
 
-#include <cstring>
-
 #include "runtime/core/client.h"
 #include "runtime/core/code_map.h"
 #include "runtime/core/emit.h"
 #include "runtime/core/entry.h"
 #include "runtime/core/fatal.h"
 #include "runtime/core/optimise.h"
+#include "runtime/core/predict.h"
 #include "runtime/ir/decode.h"
 
 namespace core {
 namespace {
-
-// A fragment is never larger than this: what its places can address.
-constexpr uint32_t kMaxFragmentBytes = 4 * 0xffff;
 
 // Conditional branches within a block.
 constexpr unsigned kMaxBranches = 3;
@@ -77,13 +73,6 @@ uint64_t read_block(Context& context, instrlist_t& list) {
   return pc;
 }
 
-// Takes back what the tables hold of a fragment that is not to be.
-void forget(Cache& cache, const Fragment& fragment) {
-  cache.exits.resize(fragment.first_exit);
-  cache.places.resize(fragment.first_place);
-  cache.calls.resize(fragment.first_call);
-}
-
 // The words of what the client inserted behind a call: its instructions stand for the same one of
 // the application.
 std::vector<uint32_t> restoring_half(Emitter& emitter, const instr_t& call) {
@@ -95,21 +84,19 @@ std::vector<uint32_t> restoring_half(Emitter& emitter, const instr_t& call) {
     }
     emit_instruction(emitter, *instr);
   }
-  return emitter.words;
+  return {emitter.words.data(), emitter.words.data() + emitter.words.size()};
 }
 
 // Tells each call how to give the registers back, before the list is optimised.
-void keep_restoring_halves(Cache& cache, instrlist_t& list, uint64_t tag) {
-  if (!list.calls) {
-    return;
-  }
-  Emitter emitter(cache, tag, 0, true);
+void keep_restoring_halves(Context& context, instrlist_t& list) {
+  Emitter emitter(context, context.pc, 0, true);
+  emitter.context_loaded = true;
   for (instr_t* instr = list.first; instr != nullptr; instr = instr->next) {
     if (instr->kind == ir::kind::call) {
-      instr->call.restore = add_restore(cache, restoring_half(emitter, *instr));
+      instr->call.restore = add_restore(emitter.cache, restoring_half(emitter, *instr));
     }
   }
-  forget(cache, emitter.fragment);
+  forget(emitter.cache, emitter.fragment);
 }
 
 void emit_block(Emitter& emitter, const instrlist_t& list) {
@@ -126,26 +113,7 @@ void emit_block(Emitter& emitter, const instrlist_t& list) {
   if (!ended) {
     emit_exit(emitter, emitter.behind);
   }
-  emit_stubs(emitter);
-  emit_constants(emitter);
-}
-
-Fragment* finish(Emitter& emitter) {
-  Cache& cache = emitter.cache;
-  Fragment& fragment = emitter.fragment;
-  fragment.end = emitter.offset();
-  fragment.exit_count = static_cast<uint16_t>(cache.exits.size() - fragment.first_exit);
-  fragment.place_count = static_cast<uint16_t>(cache.places.size() - fragment.first_place);
-  fragment.call_count = static_cast<uint16_t>(cache.calls.size() - fragment.first_call);
-  if (fragment.end > cache.size - kReplayRoom) {
-    forget(cache, fragment);
-    return nullptr;
-  }
-  CacheWriter writer(cache, fragment.begin, fragment.end);
-  std::memcpy(code_at(cache, fragment.begin), emitter.words.data(), emitter.words.size() * 4);
-  cache.cursor = fragment.end;
-  add_fragment(cache, fragment);
-  return &cache.fragments.back();
+  find_leaf(emitter);
 }
 
 }  // namespace
@@ -162,8 +130,10 @@ Fragment* build_fragment(Context& context) {
   for (const auto event : client_events().block) {
     event(&context, reinterpret_cast<void*>(context.pc), &list, false, false);
   }
-  keep_restoring_halves(cache, list, context.pc);
-  if (optimise_blocks) {
+  if (list.calls) {
+    keep_restoring_halves(context, list);
+  }
+  if (list.calls && optimise_blocks) {
     optimise_block(context.arena, list, reinterpret_cast<uint64_t>(&context));
   }
   Fragment* fragment = nullptr;
@@ -172,11 +142,8 @@ Fragment* build_fragment(Context& context) {
       flush_cache(cache);
       context.last_exit = EXIT_NONE;
     }
-    Emitter emitter(cache, context.pc, behind, list.calls);
+    Emitter emitter(context, context.pc, behind, list.calls);
     emit_block(emitter, list);
-    if (emitter.words.size() * 4 > kMaxFragmentBytes) {
-      fatal("a block grew too large");
-    }
     fragment = finish(emitter);
   }
   ir::clear(context.arena, list);

@@ -60,7 +60,9 @@ void insert_index(Cache& cache, uint64_t tag, uint32_t number) {
 void grow_index(Cache& cache) {
   cache.index.assign(cache.index.size() * 2, 0);
   for (uint32_t number = 0; number < cache.fragments.size(); ++number) {
-    insert_index(cache, cache.fragments[number].tag, number);
+    if (!cache.fragments[number].hidden) {
+      insert_index(cache, cache.fragments[number].tag, number);
+    }
   }
 }
 
@@ -88,17 +90,13 @@ void protect(const Cache& cache, int protection) {
   }
 }
 
-void patch(Cache& cache, uint32_t site, uint32_t word) {
-  CacheWriter writer(cache, site, site + 4);
-  // One store, so that a processor fetches either the old branch or the new one.
-  __atomic_store_n(code_at(cache, site), word, __ATOMIC_RELAXED);
-}
-
 void unlink_exit(Cache& cache, Exit& exit) {
   if (exit.link == Link::site) {
-    patch(cache, exit.site, site_word(exit, exit.stub));
+    const bool predicts = exit.kind == ExitKind::indirect;
+    patch(cache, exit.site,
+          predicts ? enc::b(int64_t{exit.stub} - int64_t{exit.site}) : site_word(exit, exit.stub));
   } else if (exit.link == Link::stub) {
-    patch(cache, exit.stub, stub_word());
+    patch(cache, exit.stub + kStubPatch, stub_word());
   }
   exit.link = Link::none;
 }
@@ -117,6 +115,12 @@ uint32_t site_word(const Exit& exit, uint32_t target) {
 }
 
 uint32_t stub_word() { return enc::stp_x(0, 1, kStolenRegister, CTX_EXIT_X0); }
+
+void patch(Cache& cache, uint32_t offset, uint32_t word) {
+  CacheWriter writer(cache, offset, offset + 4);
+  // One store, so that a processor fetches either the old word or the new one.
+  __atomic_store_n(code_at(cache, offset), word, __ATOMIC_RELAXED);
+}
 
 CacheWriter::CacheWriter(Cache& cache, uint32_t begin, uint32_t end)
     : cache_(cache), begin_(begin), end_(end) {
@@ -176,6 +180,8 @@ void flush_cache(Cache& cache) {
   cache.exits.clear();
   cache.places.clear();
   cache.calls.clear();
+  cache.predictions.clear();
+  std::fill(std::begin(cache.searches), std::end(cache.searches), 0);
   cache.index.assign(kFirstIndexSize, 0);
   clear_table(cache);
 }
@@ -210,20 +216,22 @@ void add_fragment(Cache& cache, const Fragment& fragment) {
     grow_index(cache);
   }
   cache.fragments.push_back(fragment);
-  insert_index(cache, fragment.tag, static_cast<uint32_t>(cache.fragments.size() - 1));
+  if (!fragment.hidden) {
+    insert_index(cache, fragment.tag, static_cast<uint32_t>(cache.fragments.size() - 1));
+  }
 }
 
-void link_exit(Cache& cache, Exit& exit, const Fragment& target) {
+void link_exit(Cache& cache, Exit& exit, uint32_t body) {
   if (exit.site == 0 || exit.link != Link::none) {
     return;
   }
-  const uint32_t body = target.begin + kHeadSize;
   if (site_reaches(exit, body)) {
     exit.link = Link::site;
     patch(cache, exit.site, site_word(exit, body));
   } else {
+    const uint32_t at = exit.stub + kStubPatch;
     exit.link = Link::stub;
-    patch(cache, exit.stub, enc::b(int64_t{body} - int64_t{exit.stub}));
+    patch(cache, at, enc::b(int64_t{body} - int64_t{at}));
   }
 }
 

@@ -3,13 +3,14 @@
 //   base                                                            limit
 //   | leave | miss | fragment | fragment | ...            | cursor ... |
 //
-//   fragment:  head    LDP X0, X1, slots   look-up and dispatcher enter here
-//              body    ...                 direct links enter here
+//   fragment:  head    LDP X0, X1, slots   look-up and dispatcher enter here; X28 is the context
+//              body    ...                 links enter here; X28 holds anything
 //              site    B stub              patched to B body-of-target when linked
-//              stub    STP X0, X1; X0 = number; B leave
+//              stub    LDR X28, =context; STP X0, X1; X0 = number; B leave
 #pragma once
 
 #include <cstdint>
+#include <memory>
 #include <vector>
 
 #include "runtime/core/context.h"
@@ -17,18 +18,21 @@
 
 namespace core {
 
-enum class ExitKind : uint8_t { direct, system_call, code_changed };
+enum class ExitKind : uint8_t { direct, indirect, system_call, code_changed };
 
-// Which word goes to the next fragment: the site; or the stub's first one, where a conditional
+// Which word goes to the next fragment: the site; or the stub's patched one, where a conditional
 // branch at the site does not reach that far.
 enum class Link : uint8_t { none, site, stub };
 
 struct Exit {
-  uint64_t target;  // application address behind the exit
-  uint32_t site;    // offset of the branch to patch, 0 if the exit is never linked
-  uint32_t check;   // where the look at Context::pending begins, just in front of the site; 0: none
-  uint32_t stub;    // offset of the stub
-  uint32_t branch;  // the conditional branch at the site, with any offset; 0 if it is B
+  uint64_t target;   // application address behind the exit; of an indirect one: Cache::predictions
+  uint64_t returns;  // what X30 holds behind the exit, 0 if that is not known
+  uint32_t site;     // offset of the word to patch, 0 if the exit is never linked
+  uint32_t check;    // where the look at Context::pending begins, in front of the site; 0: none
+  uint32_t stub;     // offset of the stub
+  uint32_t branch;   // the word of a linked site, if it is no B: a conditional branch to anywhere,
+                     // or the first word of a prediction; else 0
+  uint32_t copy;     // body of the leaf's copy that this exit goes to, 0 if there is none
   ExitKind kind;
   Link link;
 };
@@ -47,6 +51,22 @@ inline constexpr uint8_t kScratchPair = 32;
 // The head that links go past.
 inline constexpr uint32_t kHeadSize = 4;
 
+// What is known of the targets of an indirect branch; predict.h has the picture.
+inline constexpr unsigned kMaxPredictions = 3;
+struct Prediction {
+  uint64_t targets[kMaxPredictions];
+  uint32_t literal;  // offset of the first target as the code compares it
+  uint32_t exit;     // number of the site's exit
+  uint8_t count;
+  uint8_t target_register;
+};
+
+// A value behind a fragment's instructions, and which word of the fragment loads it.
+struct Literal {
+  uint64_t value;
+  uint32_t word;
+};
+
 // A clean call. After a fault in the callee, the words of `restore` give the registers back as they
 // were in front of the application's instruction.
 struct CallSite {
@@ -58,13 +78,37 @@ struct CallSite {
 struct Fragment {
   uint64_t tag;
   uint32_t begin, end;
-  uint32_t first_exit, first_place, first_call;
+  uint32_t first_exit, first_place, first_call, first_prediction;
   // The inline look-up, 0 if there is none: where it has saved X0 and X1, and its jump.
   uint32_t lookup, lookup_branch;
+  // From here to there an indirect branch has been made, but for its jump: all registers are the
+  // application's, and target_register has its PC. 0 if there is none.
+  uint32_t branched, branched_end;
   uint16_t exit_count, place_count, call_count;
+  uint16_t leaf_words;      // of a leaf: its instructions in front of the RET, as they are; else 0
   uint8_t lookup_register;  // has the target
-  bool lookup_saved;        // the register is X2, and the application's is in exit_x2
-  bool checks;              // the exits look at Context::pending, so that nobody need unlink them
+  uint8_t target_register;
+  bool lookup_saved;  // the register is X2, and the application's is in exit_x2
+  bool checks;        // the exits look at Context::pending, so that nobody need unlink them
+  bool hidden;        // part of the code of other fragments: not found by its tag
+};
+
+// The words of a fragment under construction. There is room for the largest one and for what one
+// more instruction becomes, so that a word costs no look at the room.
+class Words {
+public:
+  void push_back(uint32_t word) { words_[size_++] = word; }
+  void clear() { size_ = 0; }
+  size_t size() const { return size_; }
+  bool is_full() const { return size_ > kMost; }
+  uint32_t* data() const { return words_.get(); }
+  uint32_t& operator[](size_t index) const { return words_[index]; }
+
+private:
+  static constexpr size_t kMost = 0xffff;  // what a Place can say
+  static constexpr size_t kRoom = 4096;
+  std::unique_ptr<uint32_t[]> words_{new uint32_t[kMost + kRoom]};
+  size_t size_ = 0;
 };
 
 struct Cache {
@@ -80,13 +124,16 @@ struct Cache {
   std::vector<Exit> exits;
   std::vector<Place> places;
   std::vector<CallSite> calls;
+  std::vector<Prediction> predictions;
+  uint32_t searches[32];  // the look-up for a target in Xt, as predictions share it; 0: not yet
   // What stood behind a call in the client's list, for all calls: mostly the same. Kept over
   // flushes.
   std::vector<std::vector<uint32_t>> restores;
   std::vector<uint32_t> index;  // open addressing by tag: fragment number + 1, 0 if free
   LookupEntry* table;           // aligned to its size
   void* table_mapping;
-  std::vector<uint32_t> words;  // the fragment under construction
+  Words words;  // of the fragment under construction, and what they load
+  std::vector<Literal> literals;
 };
 
 inline constexpr uint32_t kCacheSize = 32U << 20;
@@ -127,12 +174,16 @@ inline bool in_cache(const Cache& cache, uint64_t code) {
 
 // Whether the branch of an exit's site can go to an offset of the cache.
 bool site_reaches(const Exit& exit, uint32_t target);
-// The branch of an exit's site to an offset of the cache, and the first word of an exit's stub.
+// The branch of an exit's site to an offset of the cache, and the word of an exit's stub that may
+// become a branch.
 uint32_t site_word(const Exit& exit, uint32_t target);
 uint32_t stub_word();
+inline constexpr uint32_t kStubPatch = 4;
 
-// Lets an exit go straight to a fragment, or back to its stub.
-void link_exit(Cache& cache, Exit& exit, const Fragment& target);
+// Overwrites one word of finished code.
+void patch(Cache& cache, uint32_t offset, uint32_t word);
+// Lets an exit go straight to the body of a fragment, or back to its stub.
+void link_exit(Cache& cache, Exit& exit, uint32_t body);
 void unlink_exits(Cache& cache, const Fragment& fragment);
 // Lets no fragment of another thread's cache go on to the next one: see request_flush.
 void unlink_all(Cache& cache);

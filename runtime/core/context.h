@@ -1,4 +1,5 @@
-// One application thread as the runtime sees it. X28 points here while code of the cache runs.
+// One application thread as the runtime sees it. Code of the cache has its address as a constant,
+// and brings it into X28 where it needs it.
 #pragma once
 
 #include <cstddef>

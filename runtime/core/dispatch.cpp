@@ -5,6 +5,7 @@
 #include "runtime/core/block.h"
 #include "runtime/core/cache.h"
 #include "runtime/core/entry.h"
+#include "runtime/core/predict.h"
 
 namespace core {
 namespace {
@@ -30,25 +31,34 @@ void remember(Context& context, const Fragment& fragment) {
   if (context.last_exit == EXIT_INDIRECT) {
     add_to_table(*context.cache, fragment);
   } else if (context.last_exit != EXIT_NONE) {
-    link_exit(*context.cache, context.cache->exits[context.last_exit], fragment);
+    follow_exit(context, context.last_exit, fragment);
   }
   context.last_exit = EXIT_NONE;
 }
 
-// The fragment at context.pc, built if there is none yet; null if there is no code.
-Fragment* next_fragment(Context& context) {
+// The head of the fragment at context.pc, built if there is none yet; 0 if there is no code.
+uint64_t next_fragment(Context& context) {
   Cache& cache = *context.cache;
   const std::lock_guard lock(cache.mutex);
   flush_if_wanted(context);
-  Fragment* fragment = find_fragment(cache, context.pc);
+  const Fragment* fragment = find_fragment(cache, context.pc);
   if (fragment == nullptr) {
     fragment = build_fragment(context);
   }
-  if (fragment != nullptr) {
-    remember(context, *fragment);
-  }
   context.lookup_table = cache.table;
-  return fragment;
+  if (fragment == nullptr) {
+    return 0;
+  }
+  const uint64_t head = reinterpret_cast<uint64_t>(cache.base) + fragment->begin;
+  remember(context, *fragment);
+  return head;
+}
+
+// Where the application goes on behind an exit.
+uint64_t target_of(const Context& context, const Exit& exit) {
+  return exit.kind == ExitKind::indirect
+             ? context.x[context.cache->predictions[exit.target].target_register]
+             : exit.target;
 }
 
 }  // namespace
@@ -67,12 +77,11 @@ Event run(Context& context) {
       return Event::interrupted;
     }
     context.pc = without_tag(context.pc);
-    const Fragment* fragment = next_fragment(context);
-    if (fragment == nullptr) {
+    const uint64_t head = next_fragment(context);
+    if (head == 0) {
       context.last_exit = EXIT_NONE;
       return Event::not_executable;
     }
-    const uint64_t head = reinterpret_cast<uint64_t>(cache.base) + fragment->begin;
     const auto number = static_cast<uint32_t>(core_enter(&context, head));
     if (number == EXIT_NONE) {
       continue;
@@ -82,8 +91,8 @@ Event run(Context& context) {
       continue;
     }
     const Exit& exit = cache.exits[number];
-    context.pc = exit.target;
-    if (exit.kind != ExitKind::direct) {
+    context.pc = target_of(context, exit);
+    if (exit.kind == ExitKind::system_call || exit.kind == ExitKind::code_changed) {
       context.last_exit = EXIT_NONE;
       return exit.kind == ExitKind::system_call ? Event::system_call : Event::code_changed;
     }

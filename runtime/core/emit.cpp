@@ -1,10 +1,12 @@
-// The rewriting of the application's instructions. X28 is the thread's context in everything that
-// is emitted; what the application knows as X28 is a field of it.
+// The rewriting of the application's instructions. X28 belongs to the runtime in everything that is
+// emitted; what the application knows as X28 is a field of the context. A body expects nothing in
+// X28 and loads the context's address where it first needs it.
 #include "runtime/core/emit.h"
 
+#include "runtime/core/fatal.h"
+#include "runtime/core/predict.h"
 #include "runtime/ir/decode.h"
 #include "runtime/ir/encode.h"
-#include "runtime/ir/mov_immediate.h"
 
 namespace core {
 
@@ -17,33 +19,9 @@ constexpr unsigned kLinkRegister = 30;
 constexpr unsigned kFramePointer = 29;
 constexpr unsigned kAnyRegister = 31;  // "T = 31": the zero register
 
-void emit_constant(Emitter& to, unsigned reg, uint64_t value) {
-  uint32_t words[ir::mov_immediate_max];
-  const unsigned length = ir::mov_immediate(reg, value, words);
-  for (unsigned i = 0; i < length; ++i) {
-    to.emit(words[i]);
-  }
-}
-
-void load_field(Emitter& to, unsigned reg, unsigned field) {
-  to.emit(enc::ldr_x(reg, kStolenRegister, field));
-}
-
-void store_field(Emitter& to, unsigned reg, unsigned field) {
-  to.emit(enc::str_x(reg, kStolenRegister, field));
-}
-
 Place place_of(size_t word, uint64_t tag, uint64_t pc, unsigned scratch = kNoScratch) {
   return {static_cast<uint16_t>(word), static_cast<uint8_t>((pc - tag) / 4),
           static_cast<uint8_t>(scratch)};
-}
-
-// Notes that the application's instruction at `pc` begins with the next word. In the midst of what
-// the client inserted the registers are not the application's.
-void mark(Emitter& to, uint64_t pc, unsigned scratch = kNoScratch) {
-  if (to.marking) {
-    to.cache.places.push_back(place_of(to.words.size(), to.fragment.tag, pc, scratch));
-  }
 }
 
 // ---- instructions that name X28 -----------------------------------------------------------------
@@ -168,77 +146,28 @@ void emit_straight(Emitter& to, uint32_t word, uint64_t pc) {
 
 // ---- the end of a block -------------------------------------------------------------------------
 
-// An exit that is not written yet: its site waits for the stub.
-uint32_t add_exit(Emitter& to, uint64_t target, ExitKind kind) {
-  const auto number = static_cast<uint32_t>(to.cache.exits.size());
-  to.cache.exits.push_back({target, 0, 0, 0, 0, kind, Link::none});
-  return number;
-}
-
 // A signal that arrives during a call would have to patch the fragment's exits at a cost. Beside a
 // call it costs next to nothing that the exits look for themselves:
 //
-//          STR X0, its slot;  LDR X0, pending
-//          CBNZ X0, slow;  LDR X0, its slot
+//          LDR X28, pending
+//          CBNZ X28, stub
 //   site:  B stub, or the body of the target
-//   slow:  LDR X0, its slot;  B stub
 void emit_check(Emitter& to) {
-  store_field(to, 0, CTX_EXIT_X0);
-  load_field(to, 0, CTX_PENDING);
-  to.emit(enc::cbnz_x(0, 12));
-  load_field(to, 0, CTX_EXIT_X0);
+  load_field(to, kStolenRegister, CTX_PENDING);
+  to.context_loaded = false;
+  to.emit(0);
 }
 
-void emit_site(Emitter& to, uint64_t target) {
+void emit_site(Emitter& to, uint64_t target, uint64_t returns = 0) {
   Exit& exit = to.cache.exits[add_exit(to, target, ExitKind::direct)];
+  exit.returns = returns;
   if (to.fragment.checks) {
+    need_context(to);
     exit.check = to.offset();
     emit_check(to);
   }
   exit.site = to.offset();
   to.emit(0);
-  if (to.fragment.checks) {
-    load_field(to, 0, CTX_EXIT_X0);
-    to.emit(0);
-  }
-}
-
-// The place of a conditional branch.
-void emit_conditional_site(Emitter& to, uint64_t target, uint32_t branch) {
-  Exit& exit = to.cache.exits[add_exit(to, target, ExitKind::direct)];
-  exit.site = to.offset();
-  exit.branch = branch;
-  to.emit(0);
-}
-
-// Lets the branch at `from` go to `target`.
-void set_branch(Emitter& to, uint32_t from, uint32_t target) {
-  to.words[(from - to.fragment.begin) / 4] = enc::b(int64_t{target} - int64_t{from});
-}
-
-// A target that is there already is linked from the beginning, which saves the patch.
-void set_site(Emitter& to, Exit& exit) {
-  const Fragment* target =
-      exit.target == to.fragment.tag ? &to.fragment : find_fragment(to.cache, exit.target);
-  const bool linked = target != nullptr && site_reaches(exit, target->begin + kHeadSize);
-  exit.link = linked ? Link::site : Link::none;
-  to.words[(exit.site - to.fragment.begin) / 4] =
-      site_word(exit, linked ? target->begin + kHeadSize : exit.stub);
-}
-
-//   STP X0, X1, exit slots;  X0 = number;  B leave
-void emit_stub(Emitter& to, uint32_t number) {
-  Exit& exit = to.cache.exits[number];
-  exit.stub = to.offset();
-  if (exit.site != 0) {
-    set_site(to, exit);
-  }
-  if (exit.check != 0) {
-    set_branch(to, exit.site + 8, exit.stub);
-  }
-  to.emit(stub_word());
-  emit_constant(to, 0, number);
-  to.emit(enc::b(int64_t{to.cache.leave} - int64_t{to.offset()}));
 }
 
 // Where the branch itself cannot be a site: it names X28, or its sites look for signals.
@@ -263,9 +192,10 @@ void emit_indirect_conditional(Emitter& to, uint32_t word, uint64_t pc) {
   if (stolen) {
     load_field(to, scratch, CTX_MANGLE_SAVE);
   }
+  const bool loaded = to.context_loaded;
   emit_site(to, pc + static_cast<uint64_t>(ir::branch_offset(word)));
-  to.words[(skip - to.fragment.begin) / 4] =
-      ir::inverted_branch(branch, int64_t{to.offset()} - int64_t{skip});
+  to.context_loaded = loaded;
+  to.word_at(skip) = ir::inverted_branch(branch, int64_t{to.offset()} - int64_t{skip});
   if (stolen) {
     load_field(to, scratch, CTX_MANGLE_SAVE);
   }
@@ -328,23 +258,16 @@ bool holds_target(uint32_t word, bool call) {
          !(call && reg == kLinkRegister);
 }
 
+//          LDR  X28, =context
 //          STP  X0, X1, exit slots         the target is in Xt; if it has to be brought there:
 //                                          t = 2, STR X2, slot;  X0 = target;  MOV X2, X0
 //          (X30 = return address)
-//          LDR  X1, table                  Fragment::lookup
-//          BFI  X1, Xt, #2, #bits + 2      the table is aligned to its size, and Xt to 4
-//          LDP  X0, X1, [X1]               tag, code
-//          SUB  X0, X0, Xt
-//          CBNZ X0, miss
-//          (LDR X2, slot)
-//          BR   X1                         Fragment::lookup_branch; the head there loads X0 and X1
-//   miss:  MOV  X0, Xt;  (LDR X2, slot)
-//          B    the cache's common miss
+//          search
 void emit_lookup(Emitter& to, uint32_t word, uint64_t pc, bool call) {
-  static_assert(sizeof(LookupEntry) == 16);
   const bool direct = holds_target(word, call);
   const unsigned target = direct ? ir::branch_register(word) : 2;
   mark(to, pc);
+  need_context(to);
   to.emit(enc::stp_x(0, 1, kStolenRegister, CTX_EXIT_X0));
   if (!direct) {
     store_field(to, target, CTX_EXIT_X2);
@@ -354,24 +277,19 @@ void emit_lookup(Emitter& to, uint32_t word, uint64_t pc, bool call) {
   if (call) {
     emit_constant(to, kLinkRegister, pc + 4);
   }
-  to.fragment.lookup = to.offset();
-  to.fragment.lookup_register = static_cast<uint8_t>(target);
-  to.fragment.lookup_saved = !direct;
-  load_field(to, 1, CTX_LOOKUP_TABLE);
-  to.emit(enc::bfi(1, target, 2, kLookupBits + 2));
-  to.emit(enc::ldp_x(0, 1, 1, 0));
-  to.emit(enc::sub_reg(0, 0, target));
-  to.emit(enc::cbnz_x(0, direct ? 8 : 12));
-  if (!direct) {
-    load_field(to, target, CTX_EXIT_X2);
+  emit_search(to, target, !direct);
+}
+
+void emit_indirect(Emitter& to, uint32_t word, uint64_t pc, bool call) {
+  if (to.fragment.checks || !is_predictable(word)) {
+    emit_lookup(to, word, pc, call);
+    return;
   }
-  to.fragment.lookup_branch = to.offset();
-  to.emit(enc::br(1));
-  to.emit(enc::mov_reg(0, target));
-  if (!direct) {
-    load_field(to, target, CTX_EXIT_X2);
+  mark(to, pc);
+  if (call) {
+    emit_constant(to, kLinkRegister, pc + 4);
   }
-  to.emit(enc::b(int64_t{to.cache.miss} - int64_t{to.offset()}));
+  emit_prediction(to, ir::branch_register(word), call ? pc + 4 : 0);
 }
 
 // ---- calls --------------------------------------------------------------------------------------
@@ -400,11 +318,6 @@ void emit_call(Emitter& to, const instr_t& instr) {
   to.emit(enc::add_imm(ir::sp, kSavedSp, 0));
 }
 
-void emit_doubleword(Emitter& to, uint64_t value) {
-  to.emit(static_cast<uint32_t>(value));
-  to.emit(static_cast<uint32_t>(value >> 32));
-}
-
 bool emit_application(Emitter& to, uint32_t word, uint64_t pc) {
   switch (ir::control_of(word)) {
   case ir::control::none:
@@ -412,23 +325,24 @@ bool emit_application(Emitter& to, uint32_t word, uint64_t pc) {
     return false;
   case ir::control::call:
     emit_constant(to, kLinkRegister, pc + 4);
-    [[fallthrough]];
+    emit_site(to, pc + static_cast<uint64_t>(ir::branch_offset(word)), pc + 4);
+    return true;
   case ir::control::jump:
     if (ir::is_conditional_jump(word)) {
       // To the next word: BC.AL is undefined on most processors.
       mark(to, pc);
       to.emit(ir::redirected_branch(word, 4));
     }
-    emit_exit(to, pc + static_cast<uint64_t>(ir::branch_offset(word)));
+    emit_site(to, pc + static_cast<uint64_t>(ir::branch_offset(word)));
     return true;
   case ir::control::conditional:
     return emit_conditional(to, word, pc);
   case ir::control::jump_register:
   case ir::control::ret:
-    emit_lookup(to, word, pc, false);
+    emit_indirect(to, word, pc, false);
     return true;
   case ir::control::call_register:
-    emit_lookup(to, word, pc, true);
+    emit_indirect(to, word, pc, true);
     return true;
   case ir::control::system_call:
     mark(to, pc);
@@ -456,16 +370,101 @@ uint64_t application_ctr() {
   return value & ~kDic;
 }
 
-Emitter::Emitter(Cache& to, uint64_t tag, uint64_t end, bool calls)
-    : cache(to), words(to.words), fragment{}, behind(end), constants{} {
+Emitter::Emitter(Context& owner, uint64_t tag, uint64_t end, bool calls)
+    : cache(*owner.cache), context(reinterpret_cast<uint64_t>(&owner)),
+      words(cache.words), fragment{}, behind(end), constants{} {
   words.clear();
+  cache.literals.clear();
   fragment.tag = tag;
-  fragment.begin = to.cursor;
+  fragment.begin = cache.cursor;
   fragment.checks = calls;
-  fragment.first_exit = static_cast<uint32_t>(to.exits.size());
-  fragment.first_place = static_cast<uint32_t>(to.places.size());
-  fragment.first_call = static_cast<uint32_t>(to.calls.size());
+  fragment.first_exit = static_cast<uint32_t>(cache.exits.size());
+  fragment.first_place = static_cast<uint32_t>(cache.places.size());
+  fragment.first_call = static_cast<uint32_t>(cache.calls.size());
+  fragment.first_prediction = static_cast<uint32_t>(cache.predictions.size());
   emit(enc::ldp_x(0, 1, kStolenRegister, CTX_EXIT_X0));
+}
+
+void need_context(Emitter& to) {
+  if (!to.context_loaded) {
+    emit_literal(to, kStolenRegister, to.context);
+    to.context_loaded = true;
+  }
+}
+
+void load_field(Emitter& to, unsigned reg, unsigned field) {
+  need_context(to);
+  to.emit(enc::ldr_x(reg, kStolenRegister, field));
+}
+
+void store_field(Emitter& to, unsigned reg, unsigned field) {
+  need_context(to);
+  to.emit(enc::str_x(reg, kStolenRegister, field));
+}
+
+void emit_literal(Emitter& to, unsigned reg, uint64_t value) {
+  to.cache.literals.push_back({value, static_cast<uint32_t>(to.words.size())});
+  to.emit(enc::ldr_x_literal(reg, 0));
+}
+
+void emit_constant(Emitter& to, unsigned reg, uint64_t value) {
+  constexpr uint64_t kHalfword = 0x10000;
+  if (value < kHalfword) {
+    to.emit(enc::movz(reg, static_cast<unsigned>(value)));
+  } else {
+    emit_literal(to, reg, value);
+  }
+}
+
+void mark(Emitter& to, uint64_t pc, unsigned scratch) {
+  if (to.marking) {
+    to.cache.places.push_back(place_of(to.words.size(), to.fragment.tag, pc, scratch));
+  }
+}
+
+uint32_t add_exit(Emitter& to, uint64_t target, ExitKind kind) {
+  const auto number = static_cast<uint32_t>(to.cache.exits.size());
+  to.cache.exits.push_back({target, 0, 0, 0, 0, 0, 0, kind, Link::none});
+  return number;
+}
+
+uint32_t emit_conditional_site(Emitter& to, uint64_t target, uint32_t branch) {
+  const uint32_t number = add_exit(to, target, ExitKind::direct);
+  to.cache.exits[number].site = to.offset();
+  to.cache.exits[number].branch = branch;
+  to.emit(0);
+  return number;
+}
+
+//          LDR  X1, table                  Fragment::lookup
+//          BFI  X1, Xt, #2, #bits + 2      the table is aligned to its size, and Xt to 4
+//          LDP  X0, X1, [X1]               tag, code
+//          SUB  X0, X0, Xt
+//          CBNZ X0, miss
+//          (LDR X2, slot)
+//          BR   X1                         Fragment::lookup_branch; the head there loads X0 and X1
+//   miss:  MOV  X0, Xt;  (LDR X2, slot)
+//          B    the cache's common miss
+void emit_search(Emitter& to, unsigned target, bool saved) {
+  static_assert(sizeof(LookupEntry) == 16);
+  to.fragment.lookup = to.offset();
+  to.fragment.lookup_register = static_cast<uint8_t>(target);
+  to.fragment.lookup_saved = saved;
+  load_field(to, 1, CTX_LOOKUP_TABLE);
+  to.emit(enc::bfi(1, target, 2, kLookupBits + 2));
+  to.emit(enc::ldp_x(0, 1, 1, 0));
+  to.emit(enc::sub_reg(0, 0, target));
+  to.emit(enc::cbnz_x(0, saved ? 12 : 8));
+  if (saved) {
+    load_field(to, target, CTX_EXIT_X2);
+  }
+  to.fragment.lookup_branch = to.offset();
+  to.emit(enc::br(1));
+  to.emit(enc::mov_reg(0, target));
+  if (saved) {
+    load_field(to, target, CTX_EXIT_X2);
+  }
+  to.emit(enc::b(int64_t{to.cache.miss} - int64_t{to.offset()}));
 }
 
 void emit_exit(Emitter& to, uint64_t target, ExitKind kind) {
@@ -476,32 +475,8 @@ void emit_exit(Emitter& to, uint64_t target, ExitKind kind) {
   }
 }
 
-void emit_stubs(Emitter& to) {
-  const auto count = static_cast<uint32_t>(to.cache.exits.size());
-  for (uint32_t number = to.fragment.first_exit; number < count; ++number) {
-    if (to.cache.exits[number].stub == 0) {
-      emit_stub(to, number);
-    }
-  }
-}
-
-void emit_constants(Emitter& to) {
-  constexpr uint32_t kAlignment = 8;
-  if (!to.constants.empty() && to.offset() % kAlignment != 0) {
-    to.emit(enc::nop());
-  }
-  for (const CallConstants& use : to.constants) {
-    const auto distance = int64_t{4} * static_cast<int64_t>(to.words.size() - use.word);
-    to.words[use.word] = enc::adr(ir::field_t(to.words[use.word]), distance);
-    for (const uint64_t argument : use.call->arguments) {
-      emit_doubleword(to, argument);
-    }
-    emit_doubleword(to, reinterpret_cast<uint64_t>(use.call->callee));
-  }
-}
-
 const instr_t* emit_plain_instructions(Emitter& to, const instr_t* instr) {
-  std::vector<uint32_t>& words = to.words;
+  Words& words = to.words;
   std::vector<Place>& places = to.cache.places;
   const uint64_t tag = to.fragment.tag;
   for (; instr != nullptr && instr->plain; instr = instr->next) {
@@ -512,11 +487,15 @@ const instr_t* emit_plain_instructions(Emitter& to, const instr_t* instr) {
 }
 
 bool emit_instruction(Emitter& to, const instr_t& instr) {
+  if (to.words.is_full()) {
+    fatal("a block grew too large");
+  }
   if (instr.kind == ir::kind::call) {
     emit_call(to, instr);
     return false;
   }
   if (instr.kind == ir::kind::meta) {
+    need_context(to);
     to.emit(instr.word);
     return false;
   }

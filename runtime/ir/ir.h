@@ -11,7 +11,8 @@
 
 namespace ir {
 
-// The application never finds its own value in this register: it holds the thread's context.
+// The application never finds its own value in this register: it is the runtime's, and holds the
+// address of the thread's context wherever inserted code runs.
 inline constexpr unsigned stolen_register = 28;
 inline constexpr unsigned max_call_arguments = 3;
 

@@ -47,6 +47,12 @@ void leave_at_end(core::Context& context, uint64_t code) {
   context.lookup_table = core::empty_lookup_table();
 }
 
+// core_enter_bail finds the context in X28, which the cache's code uses for other things.
+void leave_cache(core::Context& context, mcontext_t& machine) {
+  machine.regs[core::kStolenRegister] = reinterpret_cast<uint64_t>(&context);
+  machine.pc = address_of(core_enter_bail);
+}
+
 // Brings the thread to the dispatcher without waiting for anything.
 void come_to_dispatcher(core::Context& context, mcontext_t& machine) {
   if (is_between(machine.pc, core_enter_check, core_enter_end)) {
@@ -55,7 +61,7 @@ void come_to_dispatcher(core::Context& context, mcontext_t& machine) {
     machine.pc = address_of(os_call_bail);
   } else if (core::in_cache(*context.cache, machine.pc)) {
     if (load_exact_state(context, machine)) {
-      machine.pc = address_of(core_enter_bail);
+      leave_cache(context, machine);
     } else {
       leave_at_end(context, machine.pc);
     }
@@ -120,7 +126,7 @@ void fault_in_cache(Thread& thread, const siginfo_t& info, ucontext_t& interrupt
   if (info.si_signo == SIGILL || info.si_signo == SIGTRAP || info.si_signo == SIGFPE) {
     thread.signals.fault.si_addr = reinterpret_cast<void*>(context.pc);
   }
-  machine.pc = address_of(core_enter_bail);
+  leave_cache(context, machine);
 }
 
 const core::CallSite* call_in_progress(const core::Context& context) {

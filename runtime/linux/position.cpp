@@ -29,8 +29,8 @@ uint64_t pc_of(const core::Fragment& fragment, const core::Place& place) {
   return fragment.tag + place.app_word * uint64_t{4};
 }
 
-// The exit that the thread is about to take at `offset`, null if there is none: at its branch, its
-// stub, or from its look at Context::pending on.
+// The exit that the thread is about to take at `offset`, null if there is none: at its branch, in
+// its stub, or from its look at Context::pending on.
 const core::Exit* exit_at(const core::Cache& cache, const core::Fragment& fragment,
                           uint32_t offset) {
   for (unsigned i = 0; i < fragment.exit_count; ++i) {
@@ -38,7 +38,10 @@ const core::Exit* exit_at(const core::Cache& cache, const core::Fragment& fragme
     const uint32_t begin = exit.check != 0 ? exit.check : exit.site;
     // A conditional branch may yet go the other way.
     const bool at_site = exit.branch == 0 && offset >= begin && offset <= exit.site;
-    if (exit.kind == core::ExitKind::direct && (at_site || exit.stub == offset)) {
+    const bool in_stub = offset >= exit.stub && offset <= exit.stub + core::kStubPatch;
+    const bool goes_on =
+        exit.kind == core::ExitKind::direct || exit.kind == core::ExitKind::indirect;
+    if (goes_on && (at_site || in_stub)) {
       return &exit;
     }
   }
@@ -104,6 +107,10 @@ bool load_exact_state(core::Context& context, const mcontext_t& machine) {
     load_saved(context);
     return true;
   }
+  if (fragment->branched != 0 && offset >= fragment->branched && offset <= fragment->branched_end) {
+    load(context, machine, machine.regs[fragment->target_register]);
+    return true;
+  }
   if (fragment->lookup != 0 && offset >= fragment->lookup && offset <= fragment->lookup_branch) {
     return load_in_lookup(context, machine, *fragment, offset);
   }
@@ -116,10 +123,8 @@ bool load_exact_state(core::Context& context, const mcontext_t& machine) {
     return true;
   }
   if (const core::Exit* exit = exit_at(cache, *fragment, offset)) {
-    load(context, machine, exit->target);
-    if (exit->check != 0 && offset > exit->check && offset < exit->site) {
-      context.x[0] = context.exit_x0;
-    }
+    const bool indirect = exit->kind == core::ExitKind::indirect;
+    load(context, machine, indirect ? machine.regs[fragment->target_register] : exit->target);
     return true;
   }
   return false;

@@ -13,7 +13,9 @@
 #include "runtime/core/code_map.h"
 #include "runtime/core/dispatch.h"
 #include "runtime/core/lock.h"
+#include "runtime/ir/decode.h"
 #include "runtime/ir/encode.h"
+#include "runtime/linux/position.h"
 
 namespace {
 
@@ -179,6 +181,134 @@ TEST(Lock, KeepsThreadsApart) {
     thread.join();
   }
   EXPECT_EQ(count, threads * rounds);
+}
+
+// ---- the state in the midst of an indirect branch -----------------------------------------------
+
+// Goes through emitted code as a processor would, up to a word that none of the forms covers.
+struct Walker {
+  core::Cache& cache;
+  uint64_t x[31];
+  uint32_t offset;
+
+  bool step() {
+    const uint32_t word = *core::code_at(cache, offset);
+    const unsigned d = ir::field_t(word), n = ir::field_n(word), m = ir::field_m(word);
+    const uint64_t immediate = word >> 10 & 0xfff;
+    const auto target = static_cast<uint32_t>(
+        offset + (ir::control_of(word) != ir::control::none ? ir::branch_offset(word) : 4));
+    uint32_t next = offset + 4;
+    if (word >> 24 == 0x58) {
+      const auto from = static_cast<uint32_t>(ir::pc_relative_target(word, offset));
+      std::memcpy(&x[d], core::code_at(cache, from), sizeof x[d]);
+    } else if (word >> 24 == 0xcb) {
+      x[d] = x[n] - x[m];
+    } else if (word >> 22 == 0x91 << 2) {
+      x[d] = x[n] + immediate;
+    } else if (word >> 22 == 0xd1 << 2) {
+      x[d] = x[n] - immediate;
+    } else if (word >> 24 == 0xb4) {
+      next = x[d] == 0 ? target : next;
+    } else if (word >> 26 == 5) {
+      next = target;
+    } else {
+      return false;
+    }
+    offset = next;
+    return true;
+  }
+};
+
+// The application address where the walker stands, 0 within a fragment.
+uint64_t arrived(core::Cache& cache, uint32_t offset) {
+  for (const core::Fragment& fragment : cache.fragments) {
+    if (fragment.begin + core::kHeadSize == offset && fragment.branched != offset) {
+      return fragment.tag;
+    }
+  }
+  return 0;
+}
+
+// Walks from the fragment's indirect branch to `target`, and asks at each step what a signal's
+// handler would be told. Either the branch has not been made, or it has.
+void walk(core::Context& context, const core::Fragment from, uint64_t target, unsigned& steps) {
+  core::Cache& cache = *context.cache;
+  const core::Place& last = cache.places[from.first_place + from.place_count - 1];
+  const uint64_t branch = from.tag + uint64_t{last.app_word} * 4;
+  const bool call =
+      ir::control_of(*reinterpret_cast<uint32_t*>(branch)) == ir::control::call_register;
+  Walker walker{cache, {}, from.begin + last.code_word * 4U};
+  for (unsigned i = 0; i < 31; ++i) {
+    walker.x[i] = 0x5000 + i;
+  }
+  walker.x[from.target_register] = target;
+  uint64_t before[31];
+  std::copy_n(walker.x, 31, before);
+  uint64_t behind[31];
+  std::copy_n(before, 31, behind);
+  behind[30] = call ? branch + 4 : before[30];
+  context.x[28] = before[28] = behind[28] = 0x2828;
+  do {
+    mcontext_t machine = {};
+    std::copy_n(walker.x, 31, machine.regs);
+    machine.pc = reinterpret_cast<uint64_t>(cache.base) + walker.offset;
+    ASSERT_TRUE(os::load_exact_state(context, machine)) << "at step " << steps;
+    const bool made = context.pc == target;
+    EXPECT_TRUE(made || context.pc == branch);
+    EXPECT_TRUE(std::equal(context.x, context.x + 31, made ? behind : before));
+    ++steps;
+  } while (walker.step() && arrived(cache, walker.offset) == 0);
+  // Otherwise in a stub, or in the look-up.
+  const uint64_t body = arrived(cache, walker.offset);
+  EXPECT_TRUE(body == 0 || body == target);
+  EXPECT_EQ(walker.x[from.target_register], target);
+}
+
+// A call site that meets 1 to 5 functions, of which some are leaves, and their returns.
+void write_calls(Program& program, unsigned functions) {
+  constexpr unsigned kFunctionWords = 4, kRounds = 6;
+  std::vector<uint32_t>& words = program.words;
+  words = {enc::movz(19, kRounds), 0, enc::mov_reg(9, 20), enc::movz(21, functions)};
+  const uint32_t loop[] = {enc::blr(9),
+                           enc::add_imm(9, 9, 4 * kFunctionWords),
+                           enc::sub_imm(21, 21, 1),
+                           enc::cbnz_x(21, -12),
+                           enc::sub_imm(19, 19, 1),
+                           enc::cbnz_x(19, -28),
+                           enc::svc(0)};
+  words.insert(words.end(), std::begin(loop), std::end(loop));
+  words[1] = enc::adr(20, static_cast<int64_t>(words.size() - 1) * 4);
+  for (unsigned i = 0; i < functions; ++i) {
+    const uint32_t first = i % 2 == 0 ? enc::add_imm(0, 0, i) : enc::mov_reg(30, 30);
+    for (const uint32_t word : {first, enc::add_imm(1, 1, 1), enc::ret(30), enc::nop()}) {
+      words.push_back(word);
+    }
+  }
+}
+
+TEST(Run, KnowsTheStateInIndirectBranches) {
+  for (unsigned functions = 1; functions <= 5; ++functions) {
+    Program program;
+    write_calls(program, functions);
+    ASSERT_EQ(program.run(), core::Event::system_call);
+    EXPECT_EQ(program.context->x[1], 6 * functions);
+    core::Cache& cache = *program.context->cache;
+    unsigned steps = 0;
+    for (size_t i = 0; i < cache.fragments.size(); ++i) {
+      const core::Fragment& fragment = cache.fragments[i];
+      if (fragment.branched == 0 || fragment.hidden) {
+        continue;
+      }
+      walk(*program.context, fragment, 0x1230, steps);
+      const core::Prediction& known = cache.predictions[fragment.first_prediction];
+      for (unsigned target = 0; target < known.count; ++target) {
+        walk(*program.context, fragment, known.targets[target], steps);
+      }
+    }
+    EXPECT_GT(steps, 20u);
+    core::request_flush(*program.context);
+    EXPECT_EQ(program.run(), core::Event::system_call);
+  }
 }
 
 }  // namespace
