@@ -17,7 +17,7 @@ import gdb
 sys.path.insert(0, os.path.dirname(os.path.abspath(__file__)))
 import tavok_state  # noqa: E402  (the directory of this file is no package)
 
-ROW = struct.Struct("<IIQQI4x")        # value, mask, stub, name, tier
+ROW = struct.Struct("<IIQQBB6x")     # value, mask, stub, name, tier, map
 MODULE = struct.Struct("<QQQQ")        # start, end, entry point, path
 THREAD = struct.Struct("<QQq")         # next, record, id
 TREE_NODE = struct.Struct("<QQQQQI4xQ")  # colour, parent, left, right; address, word, count
@@ -87,7 +87,7 @@ class Rows:
         data = read(begin, Symbols.address("__stop_sve_rows") - begin)
         self.maps = {}
         self.stubs = set()
-        for value, mask, stub, name, tier in ROW.iter_unpack(data):
+        for value, mask, stub, name, tier, _ in ROW.iter_unpack(data):
             self.maps.setdefault(mask, {})[value] = (stub, name, TIERS[tier])
             self.stubs.add(stub)
 
