@@ -255,7 +255,7 @@ void emit_target(Emitter& to, uint32_t word) {
 bool holds_target(uint32_t word, bool call) {
   const unsigned reg = ir::branch_register(word);
   return ir::authentication(word, 0) == 0 && reg > 1 && reg != kStolenRegister &&
-         !(call && reg == kLinkRegister);
+         reg != kAnyRegister && !(call && reg == kLinkRegister);
 }
 
 //          LDR  X28, =context

@@ -206,7 +206,8 @@ bool wants_copy(const Cache& cache, const Exit& exit, const Fragment& target) {
 bool is_predictable(uint32_t word) {
   constexpr unsigned kFirstCallRegister = 16, kSecondCallRegister = 17;
   const unsigned target = ir::branch_register(word);
-  if (ir::authentication(word, 0) != 0 || target == kStolenRegister) {
+  constexpr unsigned kZeroRegister = 31;  // a field of 31 names no register that holds a target
+  if (ir::authentication(word, 0) != 0 || target == kStolenRegister || target == kZeroRegister) {
     return false;
   }
   switch (ir::control_of(word)) {
