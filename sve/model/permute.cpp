@@ -14,7 +14,7 @@ VecV rearrange(const VecV& zn, const VecV& zm, const CpuContext* context, Choose
   const unsigned n = elements<E>(context);
   return map<E>(context, [&](unsigned e) {
     const unsigned source = choose(e, n);
-    return source < n ? get<E>(zn, source) : get<E>(zm, source - n);
+    return get<E>(source < n ? zn : zm, source % n);
   });
 }
 
@@ -24,7 +24,7 @@ PredV rearrange(const PredV& pn, const PredV& pm, const CpuContext* context, Cho
   const unsigned n = elements<E>(context);
   for (unsigned e = 0; e < n; e++) {
     const unsigned source = choose(e, n);
-    set_group<E>(result, e, source < n ? group<E>(pn, source) : group<E>(pm, source - n));
+    set_group<E>(result, e, group<E>(source < n ? pn : pm, source % n));
   }
   return result;
 }
