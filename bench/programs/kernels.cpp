@@ -1,5 +1,5 @@
-// Kernels as a compiler makes them: kernels <name> <rounds> [threads]; every thread runs all
-// rounds. Without arguments, lists the names.
+// Kernels that a compiler makes, of plain loops or of intrinsics: kernels <name> <rounds>
+// [threads]; every thread runs all rounds. Without arguments, lists the names.
 #include <arm_sve.h>
 
 #include <cstdint>
@@ -74,8 +74,11 @@ struct Data {
 }
 
 [[gnu::noinline]] void gather(Data& data) {
-  for (int i = 0; i < size; i++)
-    data.a[i] += data.b[data.indices[i]];
+  for (uint32_t i = 0; i < size; i += svcntw()) {
+    const svbool_t p = svwhilelt_b32(i, uint32_t{size});
+    const svint32_t found = svld1_gather_index(p, data.b, svld1(p, data.indices + i));
+    svst1(p, data.a + i, svadd_x(p, svld1(p, data.a + i), found));
+  }
 }
 
 [[gnu::noinline]] void half_precision(Data& data) {
@@ -102,14 +105,15 @@ struct Data {
 }
 
 [[gnu::noinline]] void matrix_product(Data& data) {
-  constexpr int side = 16;
-  for (int row = 0; row < side; row++) {
-    float sums[side] = {};
-    for (int k = 0; k < side; k++) {
-      for (int column = 0; column < side; column++)
-        sums[column] += data.x[row * side + k] * data.x[k * side + column];
+  constexpr uint32_t side = 16;
+  for (uint32_t row = 0; row < side; row++) {
+    for (uint32_t column = 0; column < side; column += svcntw()) {
+      const svbool_t p = svwhilelt_b32(column, side);
+      svfloat32_t sum = svdup_f32(0);
+      for (uint32_t k = 0; k < side; k++)
+        sum = svmla_m(p, sum, svld1(p, data.x + k * side + column), data.x[row * side + k]);
+      svst1(p, data.y + row * side + column, sum);
     }
-    memcpy(data.y + row * side, sums, sizeof sums);
   }
 }
 

@@ -23,7 +23,8 @@ concept HasLockWord = requires(Native native) {
   native.__data.__nusers = 0;
 };
 
-inline constexpr int patience = 200;
+inline constexpr int patience = 200;  // looks at the mutex before sleeping
+inline constexpr int pause = 60;  // steps from look to look: a look takes the line from its holder
 
 template <class Native> auto& data(std::mutex& mutex) {
   return static_cast<Native*>(mutex.native_handle())->__data;
@@ -33,6 +34,15 @@ template <class Native> bool change(std::mutex& mutex, int from, int to) {
   return __atomic_compare_exchange_n(&data<Native>(mutex).__lock, &from, to, false,
                                      to == 1 ? __ATOMIC_ACQUIRE : __ATOMIC_RELEASE,
                                      __ATOMIC_RELAXED);
+}
+
+// Whether the mutex looks free. Only to read it leaves its cache line with the thread that holds
+// it.
+template <class Native = pthread_mutex_t> bool looks_free(std::mutex& mutex) {
+  if constexpr (HasLockWord<Native>)
+    return __atomic_load_n(&data<Native>(mutex).__lock, __ATOMIC_RELAXED) == 0;
+  else
+    return true;
 }
 
 // Whether the mutex was free and is held now.
@@ -45,9 +55,12 @@ template <class Native = pthread_mutex_t> bool try_lock(std::mutex& mutex) {
 
 // Waits until it is.
 template <class Native = pthread_mutex_t> void lock(std::mutex& mutex) {
-  for (int i = 0; i < patience; i++)
-    if (try_lock<Native>(mutex))
+  for (int i = 0; i < patience; i++) {
+    for (int j = 0; j < pause; j++)
+      asm volatile("");
+    if (looks_free<Native>(mutex) && try_lock<Native>(mutex))
       return;
+  }
   mutex.lock();
   if constexpr (HasLockWord<Native>) {
     data<Native>(mutex).__owner = 0;

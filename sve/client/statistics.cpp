@@ -9,8 +9,11 @@
 
 #include "sve/client/short_lock.h"
 
-std::atomic<uint64_t> sve_instr_count;
-std::mutex icounts_mutex;
+// One section, so that they lie in one cache line: who gets the lock gets the total with it.
+#define WITH_THE_LOCK [[gnu::section(".data.sve_totals")]]
+WITH_THE_LOCK constinit std::mutex icounts_mutex;
+WITH_THE_LOCK alignas(64) constinit std::atomic<uint64_t> sve_instr_count = 0;
+#undef WITH_THE_LOCK
 
 namespace {
 
@@ -45,10 +48,19 @@ void unlock() {
   add_one(count);
 }
 
+// Under the lock, which it gives back.
+[[gnu::always_inline]] inline void count_and_unlock(unsigned int* pc, uint32_t encoding) {
+  add_one(sve_instr_count);
+  const KnownSite& known = known_site(pc);
+  if (known.pc != pc) [[unlikely]]
+    return count_new_site(pc, encoding);
+  add_one(*known.count);
+  unlock();
+}
+
 [[gnu::noinline, gnu::cold]] void update_behind_others(unsigned int* pc, uint32_t encoding) {
   short_lock::lock(icounts_mutex);
-  add_one(sve_instr_count);
-  count_new_site(pc, encoding);
+  count_and_unlock(pc, encoding);
 }
 
 }  // namespace
@@ -63,12 +75,7 @@ void Sites::clear() {
 void update_sve_stats(unsigned int* pc, uint32_t encoding) {
   if (!short_lock::try_lock(icounts_mutex)) [[unlikely]]
     return update_behind_others(pc, encoding);
-  add_one(sve_instr_count);
-  const KnownSite& known = known_site(pc);
-  if (known.pc != pc) [[unlikely]]
-    return count_new_site(pc, encoding);
-  add_one(*known.count);
-  unlock();
+  count_and_unlock(pc, encoding);
 }
 
 void dump_sve_stats() {
