@@ -10,6 +10,7 @@ if(NOT CMAKE_HOST_SYSTEM_PROCESSOR MATCHES "^(aarch64|arm64)$")
   set(CMAKE_FIND_ROOT_PATH_MODE_LIBRARY ONLY)
   set(CMAKE_FIND_ROOT_PATH_MODE_INCLUDE ONLY)
   set(TAVOK_TEST_CPU cortex-a72 CACHE STRING "qemu-user's processor model; it must not have SVE")
+  # GLib's own allocator is no good beside a fork: cmake/programs.cmake.
   set(CMAKE_CROSSCOMPILING_EMULATOR
-    qemu-aarch64 -cpu ${TAVOK_TEST_CPU} -L /usr/aarch64-linux-gnu)
+    env G_SLICE=always-malloc qemu-aarch64 -cpu ${TAVOK_TEST_CPU} -L /usr/aarch64-linux-gnu)
 endif()
