@@ -46,7 +46,7 @@ def run(host, command, gdb_arguments, directory=None):
         simulator = None
         if host:
             socket = os.path.join(scratch, "gdb")
-            simulator = subprocess.Popen([host[0], "-g", socket, *host[1:], *command],
+            simulator = subprocess.Popen([*host, *command], env=dict(os.environ, QEMU_GDB=socket),
                                          stdin=subprocess.DEVNULL, stdout=subprocess.DEVNULL,
                                          stderr=subprocess.DEVNULL, cwd=directory)
             if "-L" in host:
