@@ -10,6 +10,9 @@
 #include "runtime/ir/decode.h"
 
 namespace core {
+
+constinit bool optimise_blocks = true;
+
 namespace {
 
 // Conditional branches within a block.
@@ -102,8 +105,11 @@ void keep_restoring_halves(Context& context, instrlist_t& list) {
 void emit_block(Emitter& emitter, const instrlist_t& list) {
   bool ended = false;
   for (const instr_t* instr = list.first; instr != nullptr;) {
-    if (instr->plain) {
-      instr = emit_plain_instructions(emitter, instr);
+    const instr_t* const behind = instr->plain      ? emit_plain_instructions(emitter, instr)
+                                  : optimise_blocks ? emit_inserted_constant(emitter, instr)
+                                                    : instr;
+    if (behind != instr) {
+      instr = behind;
       ended = false;
     } else {
       ended = emit_instruction(emitter, *instr);
@@ -117,8 +123,6 @@ void emit_block(Emitter& emitter, const instrlist_t& list) {
 }
 
 }  // namespace
-
-constinit bool optimise_blocks = true;
 
 Fragment* build_fragment(Context& context) {
   Cache& cache = *context.cache;

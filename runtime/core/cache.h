@@ -71,8 +71,8 @@ struct Literal {
 // were in front of the application's instruction.
 struct CallSite {
   uint64_t pc;
-  uint32_t return_offset;
-  uint32_t restore;  // index into Cache::restores
+  uint32_t constants;  // the offset of what the call loads, which also tells the call
+  uint32_t restore;    // index into Cache::restores
 };
 
 struct Fragment {

@@ -38,16 +38,18 @@ struct alignas(16) Context {
   uint64_t mangle_save;                // the scratch register of a rewritten instruction
   const LookupEntry* lookup_table;     // the thread's own table, or the empty one
   uint64_t runtime_sp;                 // the stack for clean calls and for leaving the cache
-  uint64_t call_return;                // where the last clean call returns to
+  uint64_t call;                       // the constants of the last clean call
   uint64_t mangle_save2;               // the second one, where a pair is needed
   uint64_t x[31];
   uint64_t sp;
   uint64_t pc;
   uint64_t nzcv, fpsr, fpcr;
-  uint64_t tpidr;               // the application's TPIDR_EL0
-  volatile uint64_t pending;    // non-zero: come to the dispatcher; changed by add_pending only
-  volatile uint64_t in_cache;   // non-zero from entering the cache to leaving it
-  uint64_t spill[kSpillSlots];  // the client's slots, from SPILL_SLOT_1 on
+  uint64_t tpidr;              // the application's TPIDR_EL0
+  volatile uint64_t pending;   // non-zero: come to the dispatcher; changed by add_pending only
+  volatile uint64_t in_cache;  // non-zero from entering the cache to leaving it
+  uint64_t call_sp;            // the application's SP between two clean calls
+  // The client's slots, from SPILL_SLOT_1 on: aligned, for whoever copies two at once.
+  alignas(16) uint64_t spill[kSpillSlots];
   alignas(16) unsigned char q[32][16];
 
   Cache* cache;

@@ -8,7 +8,7 @@
 #define CTX_MANGLE_SAVE 24
 #define CTX_LOOKUP_TABLE 32
 #define CTX_RUNTIME_SP 40
-#define CTX_CALL_RETURN 48
+#define CTX_CALL 48
 #define CTX_MANGLE_SAVE2 56
 #define CTX_X 64
 #define CTX_SP 312
@@ -19,8 +19,9 @@
 #define CTX_TPIDR 352
 #define CTX_PENDING 360
 #define CTX_IN_CACHE 368
-#define CTX_SPILL 376
-#define CTX_Q 400
+#define CTX_CALL_SP 376
+#define CTX_SPILL 384
+#define CTX_Q 416
 
 // What core_enter returns besides the number of an exit.
 #define EXIT_NONE 0xfffffffe

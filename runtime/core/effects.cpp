@@ -159,6 +159,10 @@ Effect compute(uint32_t word) {
 }
 
 bool is_copy(uint32_t word) { return (word & 0xfffffc00) == 0x91000000; }
+// AND immediate of 64 bits, but not into SP.
+bool is_mask(uint32_t word) {
+  return (word & 0xffc00000) == 0x92400000 && ir::field_t(word) != kThirtyOne;
+}
 bool is_wide_move(uint32_t word) {
   constexpr uint32_t kMask = 0xff800000;
   const uint32_t form = word & kMask;
@@ -204,6 +208,9 @@ Effect effect_of(const instr_t& instr) {
   }
   if (is_wide_move(word)) {
     return wide_move(word);
+  }
+  if (is_mask(word)) {
+    return compute(word);
   }
   return ir::is_mrs(word) || ir::is_msr_register(word) ? status_move(word) : Effect{};
 }

@@ -292,31 +292,7 @@ void emit_indirect(Emitter& to, uint32_t word, uint64_t pc, bool call) {
   emit_prediction(to, ir::branch_register(word), call ? pc + 4 : 0);
 }
 
-// ---- calls --------------------------------------------------------------------------------------
-
-// The inserted code around the call has saved everything, and X26 and X27 are dead.
-//
-//   ADR X16, constants;  LDP X0, X1, [X16];  LDP X2, X16, [X16, #16]    arguments and callee
-//   MOV X26, SP;  LDR X27, runtime's stack;  MOV SP, X27
-//   ADR X27, back;  STR X27, call_return      tells the signal handler where the thread is
-//   BLR X16
-//   back: MOV SP, X26
-void emit_call(Emitter& to, const instr_t& instr) {
-  constexpr unsigned kCallee = 16, kSavedSp = 26, kWork = 27;
-  static_assert(ir::max_call_arguments == 3);
-  to.constants.push_back({static_cast<uint32_t>(to.words.size()), &instr.call});
-  to.emit(enc::adr(kCallee, 0));
-  to.emit(enc::ldp_x(0, 1, kCallee, 0));
-  to.emit(enc::ldp_x(2, kCallee, kCallee, 16));
-  to.emit(enc::add_imm(kSavedSp, ir::sp, 0));
-  load_field(to, kWork, CTX_RUNTIME_SP);
-  to.emit(enc::add_imm(ir::sp, kWork, 0));
-  to.emit(enc::adr(kWork, 12));
-  store_field(to, kWork, CTX_CALL_RETURN);
-  to.emit(enc::blr(kCallee));
-  to.cache.calls.push_back({reinterpret_cast<uint64_t>(instr.pc), to.offset(), instr.call.restore});
-  to.emit(enc::add_imm(ir::sp, kSavedSp, 0));
-}
+// ---- an instruction -----------------------------------------------------------------------------
 
 bool emit_application(Emitter& to, uint32_t word, uint64_t pc) {
   switch (ir::control_of(word)) {

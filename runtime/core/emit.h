@@ -23,9 +23,10 @@ struct Emitter {
   Fragment fragment;
   const uint64_t behind;  // the application address behind the block
   std::vector<CallConstants> constants;
-  bool marking = false;         // the words of an instruction of the application follow
-  bool context_loaded = false;  // X28 holds the context
-  uint32_t context_word = 0;    // where its address stands behind the instructions, 0: not yet
+  bool marking = false;           // the words of an instruction of the application follow
+  bool context_loaded = false;    // X28 holds the context
+  bool on_runtime_stack = false;  // SP is the runtime's, between two calls
+  uint32_t context_word = 0;      // where its address stands behind the instructions, 0: not yet
 
   // `calls`: whether clean calls are among the instructions.
   Emitter(Context& context, uint64_t tag, uint64_t behind, bool calls);
@@ -37,6 +38,11 @@ struct Emitter {
 // One instruction of the finished list: the application's are rewritten as need be, the runtime's
 // go in as they are. Returns whether control does not go on behind it.
 bool emit_instruction(Emitter& emitter, const instr_t& instr);
+// A call of the client's.
+void emit_call(Emitter& emitter, const instr_t& instr);
+// The inserted MOVZ and MOVKs of a constant that begins here, as one load; returns the instruction
+// behind them, or this one if none begins.
+const instr_t* emit_inserted_constant(Emitter& emitter, const instr_t* instr);
 // The application's instructions from this one on that need no rewriting; returns the one behind
 // them.
 const instr_t* emit_plain_instructions(Emitter& emitter, const instr_t* instr);

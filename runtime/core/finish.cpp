@@ -41,7 +41,9 @@ int64_t distance(uint32_t from, size_t to) {
 }
 
 void emit_call_constants(Emitter& to) {
+  CallSite* site = to.cache.calls.data() + to.fragment.first_call;
   for (const CallConstants& use : to.constants) {
+    (site++)->constants = to.offset();
     uint32_t& word = to.words[use.word];
     word = enc::adr(ir::field_t(word), distance(use.word, to.words.size()));
     for (const uint64_t argument : use.call->arguments) {
@@ -66,11 +68,15 @@ void emit_context_address(Emitter& to) {
 }
 
 void emit_literals(Emitter& to) {
+  const Literal* last = nullptr;  // inserted code asks for the same constant again and again
+  size_t last_place = 0;
   for (const Literal& use : to.cache.literals) {
-    const bool context = use.value == to.context;
-    const size_t place = context ? to.context_word : to.words.size();
-    if (!context) {
+    const bool context = use.value == to.context,
+               again = last != nullptr && use.value == last->value;
+    const size_t place = context ? to.context_word : again ? last_place : to.words.size();
+    if (!context && !again) {
       emit_doubleword(to, use.value);
+      last = &use, last_place = place;
     }
     uint32_t& word = to.words[use.word];
     word = enc::ldr_x_literal(ir::field_t(word), distance(use.word, place));

@@ -164,6 +164,44 @@ void drop_unread(Steps& steps, uint64_t stolen_field) {
   }
 }
 
+// ---- flags --------------------------------------------------------------------------------------
+
+bool flags_live(const Steps& steps, size_t at) {
+  for (; at < steps.size(); ++at) {
+    const Effect& effect = steps[at].effect;
+    if (!steps[at].dropped && (effect.reads.status & status_nzcv) != 0) {
+      return true;
+    }
+    if (!steps[at].dropped && (effect.writes.status & status_nzcv) != 0) {
+      return false;
+    }
+  }
+  return true;
+}
+
+// MSR NZCV, Xt;  MRS Xt, NZCV: what is left of Xt are the flags, and if nothing asks for them, they
+// need not be set for that.
+void mask_flags(Steps& steps) {
+  constexpr unsigned kFlags = 4, kLowestFlag = 28;
+  Step* last = nullptr;
+  for (size_t at = 0; at < steps.size(); ++at) {
+    Step& step = steps[at];
+    if (step.dropped) {
+      continue;
+    }
+    const Effect& effect = step.effect;
+    if (last != nullptr && last->effect.action == Action::status &&
+        last->effect.writes.status == status_nzcv && effect.action == Action::status &&
+        effect.reads.status == status_nzcv && effect.target == last->effect.target &&
+        effect.target != ir::zr && !flags_live(steps, at + 1)) {
+      last->dropped = true;
+      step.instr->word = ir::enc::and_ones(effect.target, effect.target, kLowestFlag, kFlags);
+      step.effect = effect_of(*step.instr);
+    }
+    last = &step;
+  }
+}
+
 // ---- pairs --------------------------------------------------------------------------------------
 
 struct PairForm {
@@ -262,6 +300,7 @@ void optimise_block(ir::arena& memory, instrlist_t& list, uint64_t context) {
   drop_unread(steps, context + ir::runtime_layout.stolen_value);
   // Constants that only stood in each other's way are repetitions now.
   drop_repetitions(steps, values);
+  mask_flags(steps);
   join_pairs(steps);
   for (const Step& step : steps) {
     if (step.dropped) {

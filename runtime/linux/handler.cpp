@@ -66,7 +66,7 @@ void come_to_dispatcher(core::Context& context, mcontext_t& machine) {
       leave_at_end(context, machine.pc);
     }
   } else if (context.in_cache != 0) {
-    leave_at_end(context, context.call_return);
+    leave_at_end(context, context.call);
   }
 }
 
@@ -130,11 +130,11 @@ void fault_in_cache(Thread& thread, const siginfo_t& info, ucontext_t& interrupt
 }
 
 const core::CallSite* call_in_progress(const core::Context& context) {
-  const core::Fragment* fragment = core::fragment_holding(*context.cache, context.call_return);
-  const uint64_t offset = context.call_return - reinterpret_cast<uint64_t>(context.cache->base);
+  const core::Fragment* fragment = core::fragment_holding(*context.cache, context.call);
+  const uint64_t offset = context.call - reinterpret_cast<uint64_t>(context.cache->base);
   for (unsigned i = 0; fragment != nullptr && i < fragment->call_count; ++i) {
     const core::CallSite& call = context.cache->calls[fragment->first_call + i];
-    if (call.return_offset == offset) {
+    if (call.constants == offset) {
       return &call;
     }
   }

@@ -1,6 +1,7 @@
 #include "sve/client/statistics.h"
 
 #include <pthread.h>
+#include <sys/single_threaded.h>
 
 #include <algorithm>
 #include <cstdio>
@@ -27,10 +28,12 @@ constexpr size_t known_sites_size = 1024;
 constinit KnownSite known_sites[known_sites_size] = {};
 
 KnownSite& known_site(unsigned int* pc) {
-  return known_sites[reinterpret_cast<uintptr_t>(pc) / sizeof *pc % known_sites_size];
+  KnownSite* site = &known_sites[reinterpret_cast<uintptr_t>(pc) / sizeof *pc % known_sites_size];
+  asm("" : "+r"(site));  // one address, so that both fields come by one load
+  return *site;
 }
 
-// All changes are made under the lock, and readers without it see whole values.
+// All changes are made one at a time, and readers without the lock see whole values.
 void add_one(std::atomic<uint64_t>& count) {
   count.store(count.load(std::memory_order_relaxed) + 1, std::memory_order_relaxed);
 }
@@ -40,21 +43,29 @@ void unlock() {
     short_lock::wake(icounts_mutex);
 }
 
-// For an address that was not counted lately, under the lock.
+// Whether the address was counted lately, and is counted now.
+[[gnu::always_inline]] inline bool count_known_site(unsigned int* pc) {
+  const KnownSite known = known_site(pc);
+  if (known.pc != pc) [[unlikely]]
+    return false;
+  add_one(*known.count);
+  add_one(sve_instr_count);
+  return true;
+}
+
+// Under the lock, which it gives back.
 [[gnu::noinline]] void count_new_site(unsigned int* pc, uint32_t encoding) {
   const std::unique_ptr<std::mutex, decltype([](auto*) { unlock(); })> guard(&icounts_mutex);
   std::atomic<uint64_t>& count = icounts.try_emplace(pc, encoding, 0).first->second.count;
   known_site(pc) = {pc, &count};
   add_one(count);
+  add_one(sve_instr_count);
 }
 
 // Under the lock, which it gives back.
 [[gnu::always_inline]] inline void count_and_unlock(unsigned int* pc, uint32_t encoding) {
-  add_one(sve_instr_count);
-  const KnownSite& known = known_site(pc);
-  if (known.pc != pc) [[unlikely]]
+  if (!count_known_site(pc)) [[unlikely]]
     return count_new_site(pc, encoding);
-  add_one(*known.count);
   unlock();
 }
 
@@ -71,8 +82,11 @@ void Sites::clear() {
 }
 
 // Runs for each emulated instruction: what is rare is left to functions that it ends in, so that it
-// needs no frame.
+// needs no frame. Nobody else can hold the lock, or see that it is not taken, in a process of one
+// thread.
 void update_sve_stats(unsigned int* pc, uint32_t encoding) {
+  if (__libc_single_threaded && count_known_site(pc))
+    return;
   if (!short_lock::try_lock(icounts_mutex)) [[unlikely]]
     return update_behind_others(pc, encoding);
   count_and_unlock(pc, encoding);
