@@ -44,8 +44,9 @@ function(tavok_script_test name cpu script)
   set_tests_properties(${name} PROPERTIES LABELS program TIMEOUT 300)
 endfunction()
 
-# Half of the runs are with inserted code as it was inserted: statically linked programs on the second
-# processor, and dynamically linked ones on the first.
+# Half of the runs are with inserted code as it was inserted and without predictions, whatever
+# TAVOK_OPTIONS asks for in all runs: statically linked programs on the second processor, and
+# dynamically linked ones on the first.
 function(tavok_half_optimised name linkage cpu)
   list(GET TAVOK_PROGRAM_CPUS 0 first)
   set(on_first FALSE)
@@ -57,7 +58,8 @@ function(tavok_half_optimised name linkage cpu)
     set(dynamic TRUE)
   endif()
   if(on_first STREQUAL dynamic)
-    set_tests_properties(${name} PROPERTIES ENVIRONMENT TAVOK_OPTIONS=--no-optimise)
+    set_tests_properties(${name} PROPERTIES ENVIRONMENT_MODIFICATION
+      "TAVOK_OPTIONS=string_append: --no-optimise --no-predict")
   endif()
 endfunction()
 

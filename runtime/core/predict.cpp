@@ -9,6 +9,8 @@ namespace core {
 
 namespace enc = ir::enc;
 
+constinit bool predict_branches = true;
+
 namespace {
 
 constexpr unsigned kLinkRegister = 30;
@@ -207,7 +209,8 @@ bool is_predictable(uint32_t word) {
   constexpr unsigned kFirstCallRegister = 16, kSecondCallRegister = 17;
   const unsigned target = ir::branch_register(word);
   constexpr unsigned kZeroRegister = 31;  // a field of 31 names no register that holds a target
-  if (ir::authentication(word, 0) != 0 || target == kStolenRegister || target == kZeroRegister) {
+  if (!predict_branches || ir::authentication(word, 0) != 0 || target == kStolenRegister ||
+      target == kZeroRegister) {
     return false;
   }
   switch (ir::control_of(word)) {

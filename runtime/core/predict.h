@@ -25,6 +25,9 @@
 
 namespace core {
 
+// Off only for comparison.
+extern constinit bool predict_branches;
+
 // Whether the indirect branch `word` gets predictions. Those that need another register cannot, and
 // BR by another register than X16 and X17 stands for a jump table.
 bool is_predictable(uint32_t word);

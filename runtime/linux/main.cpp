@@ -15,6 +15,7 @@
 #include "runtime/core/block.h"
 #include "runtime/core/client.h"
 #include "runtime/core/fatal.h"
+#include "runtime/core/predict.h"
 #include "runtime/linux/loader.h"
 #include "runtime/linux/modules.h"
 #include "runtime/linux/options.h"
@@ -136,6 +137,7 @@ int launch(int argc, char** argv, char** environment) {
     options.application[0] = const_cast<char*>(options.name);
   }
   core::optimise_blocks = options.optimise;
+  core::predict_branches = options.predict;
   if (options.profile != nullptr) {
     if (const char* reason = request_profile(options.profile)) {
       refuse(options.profile, reason, kUsageStatus);

@@ -70,6 +70,8 @@ Options read_options(int argc, char** argv) {
       options.profile = argv[at] + std::strlen(kProfileOption);
     } else if (argument == kPlainOption) {
       options.optimise = false;
+    } else if (argument == kForgetfulOption) {
+      options.predict = false;
     } else {
       options.client.push_back(argv[at]);
     }

@@ -9,8 +9,10 @@ namespace os {
 // Set by the runtime itself when it follows an exec: what the application finds as argv[0].
 inline constexpr char kNameOption[] = "--argv0=";
 
-// Inserted code runs as it was inserted. For comparison only, so --help does not tell.
+// Inserted code runs as it was inserted, and no indirect branch learns where it goes. For
+// comparison only, so --help does not tell.
 inline constexpr char kPlainOption[] = "--no-optimise";
+inline constexpr char kForgetfulOption[] = "--no-predict";
 
 // A file for the client's table of executed places.
 inline constexpr char kProfileOption[] = "--profile=";
@@ -24,6 +26,7 @@ struct Options {
   std::vector<const char*> client;  // argv of the client: its name, its arguments, null
   const char* name = nullptr;       // argv[0] of the application if it is not its file
   bool optimise = true;
+  bool predict = true;
   const char* profile = nullptr;  // where the profile goes, null: none is written
   char** application = nullptr;   // the application and its arguments, null-terminated
   int status = -1;                // not negative: nothing is left to do but to exit with this
