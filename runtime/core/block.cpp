@@ -1,7 +1,13 @@
 #include "runtime/core/block.h"
 
+#include <sys/single_threaded.h>
+
+#include <algorithm>
+#include <cstring>
+
 #include "runtime/core/client.h"
 #include "runtime/core/code_map.h"
+#include "runtime/core/decoded.h"
 #include "runtime/core/emit.h"
 #include "runtime/core/entry.h"
 #include "runtime/core/fatal.h"
@@ -22,12 +28,11 @@ constexpr unsigned kMaxBranches = 3;
 constexpr unsigned kWordsAtOnce = 16;
 
 // Reads the application's code from `pc` on. Returns the number of words, 0 if there are none.
-unsigned read_code(uint64_t pc, uint32_t* words) {
+unsigned read_code(uint64_t pc, uint32_t* words, unsigned most) {
   if (pc % 4 != 0) {
     return 0;
   }
-  // Noted first, so that a change by another thread cannot fall between reading and noting.
-  const size_t wanted = note_decoded(pc, kWordsAtOnce * 4);
+  const size_t wanted = executable_size(pc, uint64_t{most} * 4);
   const size_t missing = core_copy(words, reinterpret_cast<const void*>(pc), wanted);
   return static_cast<unsigned>((wanted - missing) / 4);
 }
@@ -42,21 +47,19 @@ bool goes_on(Cache& cache, uint32_t word, uint64_t pc) {
 // The application's instructions up to a control transfer. Returns the address behind them. A block
 // with instructions that the client may expand ends at the first one: branches must reach the
 // stubs.
-uint64_t read_block(Context& context, instrlist_t& list) {
+uint64_t read_words(Context& context, instrlist_t& list, uint32_t* words) {
   uint64_t pc = context.pc;
-  uint32_t words[kWordsAtOnce];
-  unsigned at = 0, count = 0;
+  unsigned count = 0;
   bool scalable = false;
   unsigned transfers = 0;
   for (unsigned i = 0; i < kMaxBlockInstructions; ++i, pc += 4) {
-    if (at == count) {
-      at = 0;
-      count = read_code(pc, words);
+    if (i == count) {
+      count += read_code(pc, words + i, std::min(kWordsAtOnce, kMaxBlockInstructions - i));
     }
-    if (at == count) {
+    if (i == count) {
       return pc;
     }
-    const uint32_t word = words[at++];
+    const uint32_t word = words[i];
     if (transfers != 0 && ir::is_scalable(word)) {
       return pc;
     }
@@ -74,6 +77,29 @@ uint64_t read_block(Context& context, instrlist_t& list) {
     }
   }
   return pc;
+}
+
+// Whether the words are still there, so that no change can be missed from now on.
+bool note_block(uint64_t pc, const uint32_t* words, uint64_t end) {
+  const uint64_t size = end - pc;
+  uint32_t now[kMaxBlockInstructions];
+  note_decoded(pc, words, static_cast<unsigned>(size / 4));
+  if (__libc_single_threaded) {
+    return true;
+  }
+  return executable_size(pc, size) == size &&
+         core_copy(now, reinterpret_cast<const void*>(pc), size) == 0 &&
+         std::memcmp(now, words, size) == 0;
+}
+
+uint64_t read_block(Context& context, instrlist_t& list) {
+  uint32_t words[kMaxBlockInstructions];
+  uint64_t behind;
+  while ((behind = read_words(context, list, words)) != context.pc &&
+         !note_block(context.pc, words, behind)) {
+    ir::clear(context.arena, list);
+  }
+  return behind;
 }
 
 // The words of what the client inserted behind a call: its instructions stand for the same one of

@@ -6,8 +6,10 @@
 #include <cstring>
 #include <mutex>
 
+#include "runtime/core/block.h"
 #include "runtime/core/entry.h"
 #include "runtime/core/fatal.h"
+#include "runtime/core/predict.h"
 #include "runtime/ir/decode.h"
 #include "runtime/ir/encode.h"
 #include "runtime/ir/mov_immediate.h"
@@ -88,17 +90,6 @@ void protect(const Cache& cache, int protection) {
   if (mprotect(cache.base, cache.size, protection) != 0) {
     fatal("the host refuses executable memory for a code cache");
   }
-}
-
-void unlink_exit(Cache& cache, Exit& exit) {
-  if (exit.link == Link::site) {
-    const bool predicts = exit.kind == ExitKind::indirect;
-    patch(cache, exit.site,
-          predicts ? enc::b(int64_t{exit.stub} - int64_t{exit.site}) : site_word(exit, exit.stub));
-  } else if (exit.link == Link::stub) {
-    patch(cache, exit.stub + kStubPatch, stub_word());
-  }
-  exit.link = Link::none;
 }
 
 }  // namespace
@@ -190,7 +181,7 @@ Fragment* find_fragment(Cache& cache, uint64_t tag) {
   const size_t mask = cache.index.size() - 1;
   for (size_t slot = hash(tag) & mask; cache.index[slot] != 0; slot = (slot + 1) & mask) {
     Fragment& fragment = cache.fragments[cache.index[slot] - 1];
-    if (fragment.tag == tag) {
+    if (fragment.tag == tag && !fragment.hidden) {
       return &fragment;
     }
   }
@@ -235,6 +226,17 @@ void link_exit(Cache& cache, Exit& exit, uint32_t body) {
   }
 }
 
+void unlink_exit(Cache& cache, Exit& exit) {
+  if (exit.link == Link::site) {
+    const bool predicts = exit.kind == ExitKind::indirect;
+    patch(cache, exit.site,
+          predicts ? enc::b(int64_t{exit.stub} - int64_t{exit.site}) : site_word(exit, exit.stub));
+  } else if (exit.link == Link::stub) {
+    patch(cache, exit.stub + kStubPatch, stub_word());
+  }
+  exit.link = Link::none;
+}
+
 void unlink_exits(Cache& cache, const Fragment& fragment) {
   for (uint32_t number = 0; number < fragment.exit_count; ++number) {
     unlink_exit(cache, cache.exits[fragment.first_exit + number]);
@@ -245,6 +247,27 @@ void unlink_all(Cache& cache) {
   const std::lock_guard lock(cache.mutex);
   for (Exit& exit : cache.exits) {
     unlink_exit(cache, exit);
+  }
+}
+
+void forget_fragments(Cache& cache, uint64_t begin, uint64_t end) {
+  constexpr uint64_t kMostBefore = (kMaxBlockInstructions - 1) * 4;
+  const uint64_t first = begin - std::min(begin, kMostBefore);
+  const auto is_gone = [&](uint64_t tag) { return tag >= first && tag < end; };
+  for (Exit& exit : cache.exits) {
+    if (exit.kind == ExitKind::indirect) {
+      forget_prediction(cache, exit, first, end);
+    } else if (is_gone(exit.target)) {
+      unlink_exit(cache, exit);
+      exit.copy = 0;
+    }
+  }
+  for (Fragment& fragment : cache.fragments) {
+    LookupEntry& entry = cache.table[(fragment.tag >> 2) & (kTableEntries - 1)];
+    if (is_gone(fragment.tag) && entry.tag == fragment.tag) {
+      entry = {&entry == cache.table ? kTagOfNoFragment : 0, 0};
+    }
+    fragment.hidden = fragment.hidden || is_gone(fragment.tag);
   }
 }
 

@@ -90,7 +90,7 @@ struct Fragment {
   uint8_t target_register;
   bool lookup_saved;  // the register is X2, and the application's is in exit_x2
   bool checks;        // the exits look at Context::pending, so that nobody need unlink them
-  bool hidden;        // part of the code of other fragments: not found by its tag
+  bool hidden;        // not found by its tag: part of the code of other fragments, or forgotten
 };
 
 // The words of a fragment under construction. There is room for the largest one and for what one
@@ -184,9 +184,13 @@ inline constexpr uint32_t kStubPatch = 4;
 void patch(Cache& cache, uint32_t offset, uint32_t word);
 // Lets an exit go straight to the body of a fragment, or back to its stub.
 void link_exit(Cache& cache, Exit& exit, uint32_t body);
+void unlink_exit(Cache& cache, Exit& exit);
 void unlink_exits(Cache& cache, const Fragment& fragment);
 // Lets no fragment of another thread's cache go on to the next one: see request_flush.
 void unlink_all(Cache& cache);
+// Forgets the fragments of application code in [begin, end), and all ways to them. Nothing of the
+// cache may be running.
+void forget_fragments(Cache& cache, uint64_t begin, uint64_t end);
 // Makes indirect branches find `fragment`.
 void add_to_table(Cache& cache, const Fragment& fragment);
 

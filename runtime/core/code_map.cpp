@@ -30,10 +30,6 @@ struct RangeSet {
     const auto at = first_behind(address);
     return at != ranges.end() && at->begin <= address ? at->end : 0;
   }
-  bool meets(uint64_t begin, uint64_t end) {
-    const auto at = first_behind(begin);
-    return at != ranges.end() && at->begin < end;
-  }
 };
 
 std::vector<Range>::iterator RangeSet::remove(uint64_t begin, uint64_t end) {
@@ -71,7 +67,6 @@ void RangeSet::add(uint64_t begin, uint64_t end) {
 
 constinit Lock map_mutex;
 constinit RangeSet executable;
-constinit RangeSet decoded;
 
 }  // namespace
 
@@ -92,30 +87,10 @@ uint64_t executable_end(uint64_t pc) {
   return executable.end_of_range(pc);
 }
 
-uint64_t note_decoded(uint64_t pc, uint64_t size) {
-  constexpr uint64_t kGrain = 4096;
+uint64_t executable_size(uint64_t pc, uint64_t size) {
   const std::lock_guard lock(map_mutex);
   const uint64_t limit = executable.end_of_range(pc);
-  if (limit == 0) {
-    return 0;
-  }
-  size = std::min(size, limit - pc);
-  const uint64_t begin = pc & ~(kGrain - 1);
-  const uint64_t end = (pc + size + kGrain - 1) & ~(kGrain - 1);
-  // Most blocks lie in pages that are known already.
-  if (decoded.end_of_range(begin) < end) {
-    decoded.add(begin, end);
-  }
-  return size;
-}
-
-bool forget_decoded(uint64_t begin, uint64_t end) {
-  const std::lock_guard lock(map_mutex);
-  const bool found = decoded.meets(begin, end);
-  if (found) {
-    decoded.ranges.clear();
-  }
-  return found;
+  return limit == 0 ? 0 : std::min(size, limit - pc);
 }
 
 void lock_code_map() { map_mutex.lock(); }

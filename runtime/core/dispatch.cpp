@@ -63,6 +63,11 @@ uint64_t target_of(const Context& context, const Exit& exit) {
 
 }  // namespace
 
+void forget_own_fragments(Context& context, uint64_t begin, uint64_t end) {
+  const std::lock_guard lock(context.cache->mutex);
+  forget_fragments(*context.cache, begin, end);
+}
+
 void request_flush(Context& other) {
   add_pending(other, kFlushPending);
   unlink_all(*other.cache);

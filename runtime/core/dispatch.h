@@ -15,6 +15,8 @@ enum class Event {
 // Runs the application from context.pc until something needs the operating system's side.
 Event run(Context& context);
 
+// Makes the calling thread, which is out of the cache, forget its fragments of [begin, end).
+void forget_own_fragments(Context& context, uint64_t begin, uint64_t end);
 // Makes another thread forget its fragments: it leaves the cache at the end of the fragment that it
 // is in, and flushes before it enters again.
 void request_flush(Context& other);

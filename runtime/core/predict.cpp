@@ -273,6 +273,19 @@ void find_leaf(Emitter& to) {
   to.fragment.leaf_words = static_cast<uint16_t>(count - 1);
 }
 
+void forget_prediction(Cache& cache, Exit& exit, uint64_t begin, uint64_t end) {
+  Prediction& prediction = cache.predictions[exit.target];
+  const uint64_t *const known = prediction.targets, *const last = known + prediction.count;
+  if (exit.site == 0 ||
+      std::none_of(known, last, [&](uint64_t target) { return target >= begin && target < end; })) {
+    return;
+  }
+  unlink_exit(cache, exit);
+  patch(cache, exit.site + kMissAt, branch(exit.site + kMissAt, exit.stub));
+  prediction.count = 0;
+  exit.copy = 0;
+}
+
 void follow_exit(Context& context, uint32_t number, const Fragment& target) {
   Cache& cache = *context.cache;
   if (cache.exits[number].kind == ExitKind::indirect) {

@@ -40,6 +40,8 @@ void find_leaf(Emitter& emitter);
 
 // Whether the exit goes to a copy of `target`, a leaf, of its own.
 bool wants_copy(const Cache& cache, const Exit& exit, const Fragment& target);
+// If one of the site's targets lies in [begin, end), the site forgets all that it knows.
+void forget_prediction(Cache& cache, Exit& exit, uint64_t begin, uint64_t end);
 // Lets the exit that led to `target` go there by itself next time.
 void follow_exit(Context& context, uint32_t number, const Fragment& target);
 

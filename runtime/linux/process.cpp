@@ -12,6 +12,7 @@
 #include "runtime/core/cache.h"
 #include "runtime/core/client.h"
 #include "runtime/core/code_map.h"
+#include "runtime/core/decoded.h"
 #include "runtime/core/dispatch.h"
 #include "runtime/core/fatal.h"
 #include "runtime/linux/modules.h"
@@ -122,11 +123,11 @@ void exit_process(Thread& thread, int status) {
   __builtin_unreachable();
 }
 
-void code_changed(Thread& thread, uint64_t begin, uint64_t end) {
-  if (!core::forget_decoded(begin, end)) {
-    return;
-  }
-  core::add_pending(thread.context, core::kFlushPending);
+namespace {
+
+// The other threads forget all they have: they may be anywhere in it.
+void forget_everywhere(Thread& thread, uint64_t begin, uint64_t end) {
+  core::forget_own_fragments(thread.context, begin, end);
   const std::lock_guard lock(threads_mutex);
   for (Thread* other = threads; other != nullptr; other = other->next) {
     if (other != &thread) {
@@ -140,6 +141,20 @@ void code_changed(Thread& thread, uint64_t begin, uint64_t end) {
   }
 }
 
+}  // namespace
+
+void mapping_changed(Thread& thread, uint64_t begin, uint64_t end) {
+  if (core::forget_decoded(begin, end)) {
+    forget_everywhere(thread, begin, end);
+  }
+}
+
+void code_written(Thread& thread, uint64_t begin, uint64_t end) {
+  if (core::forget_rewritten(begin, end)) {
+    forget_everywhere(thread, begin, end);
+  }
+}
+
 void lock_runtime() {
   lock_mappings();
   threads_mutex.lock();
@@ -147,9 +162,11 @@ void lock_runtime() {
   lock_modules();
   lock_break();
   core::lock_code_map();
+  core::lock_decoded();
 }
 
 void unlock_runtime() {
+  core::unlock_decoded();
   core::unlock_code_map();
   unlock_break();
   unlock_modules();

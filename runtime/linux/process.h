@@ -35,9 +35,10 @@ void run_application(Thread& thread);
 // The events of the thread's and the process's end, then the end itself with this status.
 [[noreturn]] void exit_process(Thread& thread, int status);
 
-// All threads forget their fragments, and none goes on in an old one when this returns. For a
-// change to the application's code in [begin, end).
-void code_changed(Thread& thread, uint64_t begin, uint64_t end);
+// If code of the application in [begin, end) was decoded, all threads forget their fragments, and
+// none goes on in an old one when this returns. code_written: only if it is not what it was.
+void mapping_changed(Thread& thread, uint64_t begin, uint64_t end);
+void code_written(Thread& thread, uint64_t begin, uint64_t end);
 
 // All locks of the runtime, to be held over a fork.
 void lock_runtime();

@@ -30,7 +30,7 @@ void note_flushed_line(Thread& thread) {
   const uint64_t reg = word & kZeroRegister;
   const uint64_t line_size = 4U << (core::application_ctr() & 15);
   const uint64_t line = (reg == kZeroRegister ? 0 : context.x[reg]) & ~(line_size - 1);
-  code_changed(thread, line, line + line_size);
+  code_written(thread, line, line + line_size);
 }
 
 }  // namespace

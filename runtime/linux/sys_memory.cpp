@@ -39,11 +39,13 @@ uint64_t without_execution(uint64_t protection) {
 // What the tables must know when [begin, begin + size) becomes a new mapping or none.
 void note_change(Thread& thread, uint64_t begin, uint64_t size, bool executable) {
   const uint64_t end = begin + page_ceiling(size);
-  code_changed(thread, begin, end);
+  // Forbidden first: what another thread decodes behind the flush would stay.
+  if (!executable) {
+    core::forbid_execution(begin, end);
+  }
+  mapping_changed(thread, begin, end);
   if (executable) {
     core::allow_execution(begin, end);
-  } else {
-    core::forbid_execution(begin, end);
   }
 }
 
@@ -136,8 +138,14 @@ int64_t sys_mprotect(Thread& thread, const Call& call) {
   Call changed = call;
   changed.arguments[2] = without_execution(call.arguments[2]);
   const int64_t result = pass_on(thread, changed);
-  if (result == 0) {
-    note_change(thread, call.arguments[0], call.arguments[1], (call.arguments[2] & PROT_EXEC) != 0);
+  const uint64_t begin = call.arguments[0], size = call.arguments[1];
+  if (result == 0 && (call.arguments[2] & PROT_EXEC) == 0) {
+    note_change(thread, begin, size, false);
+  } else if (result == 0) {
+    // What was decoded there holds on if it stands there still: some programs let their code be
+    // written, and back, all the time.
+    code_written(thread, begin, begin + page_ceiling(size));
+    core::allow_execution(begin, begin + page_ceiling(size));
   }
   return result;
 }
