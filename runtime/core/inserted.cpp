@@ -77,6 +77,9 @@ const instr_t* emit_inserted_constant(Emitter& to, const instr_t* instr) {
     return instr;
   }
   const unsigned target = instr->word & 31;
+  if (target == kStolenRegister) {
+    return instr;
+  }
   uint64_t value = 0;
   const instr_t* next = instr;
   do {
