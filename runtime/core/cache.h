@@ -111,6 +111,11 @@ private:
   size_t size_ = 0;
 };
 
+// Code of the application in [begin, end) is not what it was.
+struct CodeChange {
+  uint64_t begin, end;
+};
+
 struct Cache {
   // Held by the owner while it changes the tables below, and by another thread that unlinks. The
   // owner reads without it, and its signal handler may while code of the cache runs.
@@ -129,8 +134,9 @@ struct Cache {
   // What stood behind a call in the client's list, for all calls: mostly the same. Kept over
   // flushes.
   std::vector<std::vector<uint32_t>> restores;
-  std::vector<uint32_t> index;  // open addressing by tag: fragment number + 1, 0 if free
-  LookupEntry* table;           // aligned to its size
+  std::vector<CodeChange> changes;  // by other threads, that the owner has yet to take note of
+  std::vector<uint32_t> index;      // open addressing by tag: fragment number + 1, 0 if free
+  LookupEntry* table;               // aligned to its size
   void* table_mapping;
   Words words;  // of the fragment under construction, and what they load
   std::vector<Literal> literals;
@@ -186,7 +192,7 @@ void patch(Cache& cache, uint32_t offset, uint32_t word);
 void link_exit(Cache& cache, Exit& exit, uint32_t body);
 void unlink_exit(Cache& cache, Exit& exit);
 void unlink_exits(Cache& cache, const Fragment& fragment);
-// Lets no fragment of another thread's cache go on to the next one: see request_flush.
+// Lets no fragment of another thread's cache go on to the next one: see request_forgetting.
 void unlink_all(Cache& cache);
 // Forgets the fragments of application code in [begin, end), and all ways to them. Nothing of the
 // cache may be running.

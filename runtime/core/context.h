@@ -60,7 +60,7 @@ struct alignas(16) Context {
 };
 
 // Bits of Context::pending. The others are the operating system side's.
-inline constexpr uint64_t kFlushPending = 1;  // application code changed: forget all fragments
+inline constexpr uint64_t kChangesPending = 1;  // Cache::changes has some
 
 inline void add_pending(Context& context, uint64_t bits) {
   __atomic_fetch_or(&context.pending, bits, __ATOMIC_SEQ_CST);

@@ -17,13 +17,22 @@ uint64_t without_tag(uint64_t pc) {
   return (pc & kUpperHalf) == 0 ? pc & ~kTag : pc;
 }
 
-// The change of the application's code has been made: what is built from now on is right.
-void flush_if_wanted(Context& context) {
-  if ((context.pending & kFlushPending) != 0) {
-    remove_pending(context, kFlushPending);
-    flush_cache(*context.cache);
-    context.last_exit = EXIT_NONE;
+// The changes of the application's code have been made: what is built from now on is right.
+void forget_if_wanted(Context& context) {
+  constexpr size_t kMany = 32;  // each costs a walk over all exits
+  if ((context.pending & kChangesPending) == 0) {
+    return;
   }
+  remove_pending(context, kChangesPending);
+  Cache& cache = *context.cache;
+  if (cache.changes.size() > kMany) {
+    flush_cache(cache);
+  }
+  for (const CodeChange& change : cache.changes) {
+    forget_fragments(cache, change.begin, change.end);
+  }
+  cache.changes.clear();
+  context.last_exit = EXIT_NONE;
 }
 
 // Lets the way that led to `fragment` go there directly next time.
@@ -40,7 +49,7 @@ void remember(Context& context, const Fragment& fragment) {
 uint64_t next_fragment(Context& context) {
   Cache& cache = *context.cache;
   const std::lock_guard lock(cache.mutex);
-  flush_if_wanted(context);
+  forget_if_wanted(context);
   const Fragment* fragment = find_fragment(cache, context.pc);
   if (fragment == nullptr) {
     fragment = build_fragment(context);
@@ -68,8 +77,12 @@ void forget_own_fragments(Context& context, uint64_t begin, uint64_t end) {
   forget_fragments(*context.cache, begin, end);
 }
 
-void request_flush(Context& other) {
-  add_pending(other, kFlushPending);
+void request_forgetting(Context& other, uint64_t begin, uint64_t end) {
+  {
+    const std::lock_guard lock(other.cache->mutex);
+    other.cache->changes.push_back({begin, end});
+  }
+  add_pending(other, kChangesPending);
   unlink_all(*other.cache);
   other.lookup_table = empty_lookup_table();
 }
@@ -77,7 +90,7 @@ void request_flush(Context& other) {
 Event run(Context& context) {
   Cache& cache = *context.cache;
   for (;;) {
-    if ((context.pending & ~kFlushPending) != 0) {
+    if ((context.pending & ~kChangesPending) != 0) {
       context.last_exit = EXIT_NONE;
       return Event::interrupted;
     }

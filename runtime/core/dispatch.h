@@ -17,8 +17,8 @@ Event run(Context& context);
 
 // Makes the calling thread, which is out of the cache, forget its fragments of [begin, end).
 void forget_own_fragments(Context& context, uint64_t begin, uint64_t end);
-// Makes another thread forget its fragments: it leaves the cache at the end of the fragment that it
-// is in, and flushes before it enters again.
-void request_flush(Context& other);
+// Makes another thread do so: it leaves the cache at the end of the fragment that it is in, and
+// forgets before it enters again.
+void request_forgetting(Context& other, uint64_t begin, uint64_t end);
 
 }  // namespace core

@@ -137,7 +137,7 @@ struct SavedThread {
   void restore(Thread& thread) const {
     // What has to do with the memory that both share stays as the child left it.
     const ir::arena arena = thread.context.arena;
-    const uint64_t pending = thread.context.pending & core::kFlushPending;
+    const uint64_t pending = thread.context.pending & core::kChangesPending;
     thread.context = context;
     thread.context.arena = arena;
     thread.context.pending = pending;
@@ -176,7 +176,7 @@ int64_t vfork_process(Thread& parent, const CloneArguments& arguments, uint64_t 
 
 int64_t create_process(Thread& parent, const CloneArguments& arguments) {
   const uint64_t mask = set_kernel_mask(kAllSignals);
-  if ((parent.context.pending & ~core::kFlushPending) != 0) {
+  if ((parent.context.pending & ~core::kChangesPending) != 0) {
     return kNotMade;
   }
   const bool borrow =

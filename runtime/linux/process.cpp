@@ -37,7 +37,7 @@ constexpr int kPatience = 100000;
 
 void wait_until_left(const Thread& other) {
   for (int i = 0; i < kPatience && other.context.in_cache != 0 &&
-                  (other.context.pending & core::kFlushPending) != 0;
+                  (other.context.pending & core::kChangesPending) != 0;
        ++i) {
     sched_yield();
   }
@@ -125,13 +125,12 @@ void exit_process(Thread& thread, int status) {
 
 namespace {
 
-// The other threads forget all they have: they may be anywhere in it.
 void forget_everywhere(Thread& thread, uint64_t begin, uint64_t end) {
   core::forget_own_fragments(thread.context, begin, end);
   const std::lock_guard lock(threads_mutex);
   for (Thread* other = threads; other != nullptr; other = other->next) {
     if (other != &thread) {
-      core::request_flush(other->context);
+      core::request_forgetting(other->context, begin, end);
     }
   }
   for (Thread* other = threads; other != nullptr; other = other->next) {
@@ -184,7 +183,7 @@ int64_t sys_exit(Thread& thread, const Call& call) {
   const int status = static_cast<int>(call.arguments[0]);
   // A signal for the whole process that has come to this thread would be lost with it.
   set_kernel_mask(kAllSignals);
-  if ((thread.context.pending & ~core::kFlushPending) != 0) {
+  if ((thread.context.pending & ~core::kChangesPending) != 0) {
     return kNotMade;
   }
   if (thread.main) {

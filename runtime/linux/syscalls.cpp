@@ -76,7 +76,7 @@ void system_call(Thread& thread) {
   } else if (result != kNoResult) {
     context.x[0] = static_cast<uint64_t>(result);
   }
-  if ((context.pending & ~core::kFlushPending) == 0) {
+  if ((context.pending & ~core::kChangesPending) == 0) {
     thread.signals.has_temporary_mask = false;
   }
 }

@@ -139,7 +139,7 @@ void release_robust_mutexes(const Thread& thread) {
 
 int64_t create_thread(Thread& parent, const CloneArguments& arguments) {
   const uint64_t mask = set_kernel_mask(kAllSignals);
-  if ((parent.context.pending & ~core::kFlushPending) != 0) {
+  if ((parent.context.pending & ~core::kChangesPending) != 0) {
     return kNotMade;
   }
   Thread* child = new_thread();

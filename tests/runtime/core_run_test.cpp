@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 #include <sys/mman.h>
 
+#include <algorithm>
 #include <cstring>
 #include <memory>
 #include <mutex>
@@ -118,12 +119,14 @@ TEST(Run, WorksWithoutWritableCode) {
   check_blocks(program, 1);
 }
 
-TEST(Run, FlushesOnRequest) {
+TEST(Run, ForgetsOnRequest) {
   Program program;
   check_blocks(program, 1);
-  core::request_flush(*program.context);
+  core::request_forgetting(*program.context, 0, UINT64_MAX);
   check_blocks(program, 1);
-  EXPECT_LE(program.context->cache->fragments.size(), kBlocks + 10);
+  const auto& fragments = program.context->cache->fragments;
+  EXPECT_GE(fragments.size(), 2 * kBlocks);
+  EXPECT_LE(std::ranges::count(fragments, false, &core::Fragment::hidden), kBlocks + 10);
 }
 
 TEST(Run, StopsWhereNoCodeIs) {
@@ -306,7 +309,7 @@ TEST(Run, KnowsTheStateInIndirectBranches) {
       }
     }
     EXPECT_GT(steps, 20u);
-    core::request_flush(*program.context);
+    core::request_forgetting(*program.context, 0, UINT64_MAX);
     EXPECT_EQ(program.run(), core::Event::system_call);
   }
 }
