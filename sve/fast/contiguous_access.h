@@ -1,5 +1,6 @@
 // How instruction functions reach the application's memory: one host access for each element, in
-// ascending order, so that a fault leaves exactly the elements below it done.
+// ascending order, so that a fault leaves exactly the elements below it done; or one for several
+// elements, where no fault can fall between them.
 #pragma once
 
 #include <atomic>
@@ -95,9 +96,10 @@ struct ImageBytes {
 };
 
 inline ImageBytes read_bytes(uint64_t address, unsigned bytes) {
-  const auto both_ends = [=]<class Part>(Part first) {  // they overlap, or meet
+  // What the last part has of the first is dropped: each element comes from one access.
+  const auto both_ends = [=]<class Part>(Part first) {
     const auto last = read_memory<Part>(address + bytes - sizeof(Part));
-    return first | uint64_t{last} << 8 * (bytes - sizeof(Part));
+    return first | uint64_t{last} >> 8 * (2 * sizeof(Part) - bytes) << 8 * sizeof(Part);
   };
   if (bytes > 8)
     return {read_memory<uint64_t>(address),

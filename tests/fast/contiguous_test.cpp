@@ -1,5 +1,9 @@
 // Contiguous loads and stores of one register and of structures, load and replicate, and whole
 // registers.
+#include <atomic>
+#include <thread>
+
+#include "sve/fast/contiguous_access.h"
 #include "tests/fast/memory_fixture.h"
 
 namespace {
@@ -15,6 +19,31 @@ const auto* const coverage = testing::AddGlobalTestEnvironment(new Coverage([](c
 }));
 
 constexpr unsigned rounds = 48;
+
+// Another thread writes the elements, each as a whole: no mixture of two of its values is read.
+TEST(Contiguous, TakesEachElementFromOneAccess) {
+  constexpr uint16_t one = 0x5555, other = 0xaaaa;
+  alignas(16) uint16_t memory[8] = {one, one, one, one, one, one, one, one};
+  std::atomic<bool> stop = false;
+  std::thread writer([&] {
+    for (uint16_t value = other; !stop; value ^= one ^ other)
+      for (uint16_t& element : memory)
+        std::atomic_ref(element).store(value, std::memory_order_relaxed);
+  });
+  unsigned mixtures = 0;
+  for (unsigned round = 0; round < 60000; round++) {
+    const unsigned count = 1 + round % 7;
+    const fast::ImageBytes image =
+        fast::read_bytes(reinterpret_cast<uint64_t>(memory), count * sizeof one);
+    for (unsigned i = 0; i < count; i++) {
+      const auto element = static_cast<uint16_t>((i < 4 ? image.low : image.high) >> i % 4 * 16);
+      mixtures += element != one && element != other;
+    }
+  }
+  stop = true;
+  writer.join();
+  EXPECT_EQ(mixtures, 0u);
+}
 
 // One load or store with all its operands.
 struct Access {
