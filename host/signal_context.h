@@ -2,6 +2,8 @@
 // the one load whose fault a handler may step over.
 #pragma once
 
+#include <cstdint>
+
 namespace host {
 
 // Reads the byte at the address with a single load and drops it. If the memory cannot be read, the
@@ -12,5 +14,15 @@ void probe_byte(const volatile char* address);
 // probe_byte's load, moves the program counter behind the load and returns true; otherwise changes
 // nothing and returns false.
 bool step_over_probe(void* context);
+
+// The address without what loads of this processor ignore and system calls refuse.
+inline uintptr_t without_tag(uintptr_t address) {
+#if defined(__aarch64__)
+  constexpr int tag_bits = 8;
+  return static_cast<uintptr_t>(static_cast<intptr_t>(address << tag_bits) >> tag_bits);
+#else
+  return address;
+#endif
+}
 
 }  // namespace host

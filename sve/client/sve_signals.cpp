@@ -36,7 +36,7 @@ void install(struct sigaction action) {
 bool kernel_can_read(volatile char* address) {
   constexpr int no_such_how = -1;
   constexpr uintptr_t set_bytes = 8;
-  const uintptr_t set = reinterpret_cast<uintptr_t>(address) & ~(set_bytes - 1);
+  const uintptr_t set = host::without_tag(reinterpret_cast<uintptr_t>(address)) & ~(set_bytes - 1);
   if (set == 0)
     return false;
   const int saved_errno = errno;

@@ -1,5 +1,6 @@
 // First-fault and non-fault loads: what cannot be read loses its bits in the first-fault register.
-// A probe is a system call at least, and a signal if it fails: hence probes at page changes only.
+// A probe that fails is a signal, and outside the runtime each is a system call: hence probes at
+// page changes only.
 #pragma once
 
 #include <algorithm>

@@ -18,7 +18,9 @@ template <class T> inline vector<T> harmless(vector<T> mask, vector<T> a) {
   return select<T>(mask, a, broadcast<T>(fp_one<T>));
 }
 
-template <class T> inline vector<T> negate(vector<T> a) { return a ^ broadcast<T>(fp_sign<T>); }
+template <class T> inline vector<T> invert_sign(vector<T> a) {
+  return a ^ broadcast<T>(fp_sign<T>);
+}
 
 // Zdn and Zm, merging.
 template <class Operation>

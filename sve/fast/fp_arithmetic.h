@@ -76,13 +76,13 @@ FP_MERGE_UNARY(sve_fsqrt_zpz, fsqrt)
     });                                                                                            \
   }
 FP_FUSED(sve_fmla_zpzz, d, n, m)
-FP_FUSED(sve_fmls_zpzz, d, fast::negate<T>(n), m)
-FP_FUSED(sve_fnmla_zpzz, fast::negate<T>(d), fast::negate<T>(n), m)
-FP_FUSED(sve_fnmls_zpzz, fast::negate<T>(d), n, m)
+FP_FUSED(sve_fmls_zpzz, d, fast::invert_sign<T>(n), m)
+FP_FUSED(sve_fnmla_zpzz, fast::invert_sign<T>(d), fast::invert_sign<T>(n), m)
+FP_FUSED(sve_fnmls_zpzz, fast::invert_sign<T>(d), n, m)
 FP_FUSED(sve_fmad_zpzz, m, d, n)
-FP_FUSED(sve_fmsb_zpzz, m, fast::negate<T>(d), n)
-FP_FUSED(sve_fnmad_zpzz, fast::negate<T>(m), fast::negate<T>(d), n)
-FP_FUSED(sve_fnmsb_zpzz, fast::negate<T>(m), d, n)
+FP_FUSED(sve_fmsb_zpzz, m, fast::invert_sign<T>(d), n)
+FP_FUSED(sve_fnmad_zpzz, fast::invert_sign<T>(m), fast::invert_sign<T>(d), n)
+FP_FUSED(sve_fnmsb_zpzz, fast::invert_sign<T>(m), d, n)
 #undef FP_FUSED
 
 namespace fast {

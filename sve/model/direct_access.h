@@ -37,6 +37,8 @@ template <int msize> inline void write(uint64_t value, uint64_t address, CpuCont
 // No host has smaller pages.
 inline constexpr uint64_t smallest_page = 4096;
 
+inline namespace direct {  // hook_access.h has a class of this name, too
+
 // Reads of one load that may fail, one after another. Where one has succeeded, the others in its
 // page need no guard.
 template <int msize> struct GuardedReads {
@@ -53,5 +55,7 @@ template <int msize> struct GuardedReads {
     return value;
   }
 };
+
+}  // namespace direct
 
 }  // namespace model

@@ -24,7 +24,7 @@
 #define MODEL_EXPAND_2(...) MODEL_EXPAND_3(MODEL_EXPAND_3(MODEL_EXPAND_3(__VA_ARGS__)))
 #define MODEL_EXPAND_3(...) __VA_ARGS__
 
-// MODEL_DEFINE(Vec name's type, operation, result, (operands)): the head of a definition, in which
-// E is the element's type.
+// MODEL_DEFINE(type, operation, result, (operands)): the head of the definition of
+// Vec<type><operation>.
 #define MODEL_DEFINE(type, operation, result, operands)                                            \
   MODEL_LINKAGE result Vec##type##operation(MODEL_PARAMETERS operands)

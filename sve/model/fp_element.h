@@ -19,7 +19,7 @@ namespace model {
 
 // Each element starts with the controls alone, and adds its flags. Nothing is ever cleared.
 template <class Operation> inline auto step(CpuContext* context, Operation operation) {
-  FPSCR fpscr = context->fpcr;
+  FPSCR fpscr = context->fpcr & ~fpsr_bits;
   const auto result = operation(fpscr);
   context->fpsr = (context->fpsr | fpscr) & fpsr_bits;
   return result;
@@ -27,7 +27,7 @@ template <class Operation> inline auto step(CpuContext* context, Operation opera
 
 // Conversions know neither the alternative half precision nor flushing of half precision.
 template <class Operation> inline auto conversion_step(CpuContext* context, Operation operation) {
-  FPSCR fpscr = context->fpcr & ~(FPSCR_FZ16 | FPSCR_AHP);
+  FPSCR fpscr = context->fpcr & ~(fpsr_bits | FPSCR_FZ16 | FPSCR_AHP);
   const auto result = operation(fpscr);
   context->fpsr = (context->fpsr | fpscr) & fpsr_bits;
   return result;

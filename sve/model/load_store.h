@@ -1,4 +1,5 @@
-// Loads and stores. Every access is one hook call for one element, in ascending order.
+// Loads and stores. At any vector length every access is one hook call for one element, in
+// ascending order; for rows see direct_access.h.
 //
 // The digit is the memory element's size in bytes. Types S sign-extend what they load, types U
 // zero-extend. Inactive elements are zero in loads and not stored in stores. Offsets are whole
@@ -88,9 +89,7 @@ MODEL_FUNCTIONS(void, (PredV pg, uint64_t base, uint64_t index, VecV data), (U16
 MODEL_FUNCTIONS(void, (PredV pg, uint64_t base, uint64_t index, VecV data), (U32), CStoreNT4LSSZ)
 
 // Complete types, as functions of C linkage want them.
-template struct VecGroup<2>;
-template struct VecGroup<3>;
-template struct VecGroup<4>;
+static_assert(sizeof(VecGroup<2>) != 0 && sizeof(VecGroup<3>) != 0 && sizeof(VecGroup<4>) != 0);
 
 // Structures: the members of one structure are the same elements of two to four registers.
 #define MODEL_STRUCTURES(type, digit)                                                              \

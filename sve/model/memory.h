@@ -1,4 +1,5 @@
-// The only roads from the model to the application's memory: one call for each element.
+// The only roads from the model at any vector length to the application's memory: one call for each
+// element. Rows go by direct_access.h.
 #pragma once
 
 #include "sve/model/context.h"

@@ -12,7 +12,7 @@ namespace {
 using fixture::Random;
 
 constexpr uint32_t fpsr_flags = 0x0800009f;     // QC and the cumulative exceptions
-constexpr uint32_t fpcr_controls = 0x03c00000;  // DN, FZ and RMode
+constexpr uint32_t fpcr_controls = 0x07c00000;  // AHP, DN, FZ and RMode
 
 // What the tail of a memory row's name says of its addresses.
 enum class Addresses { none, base_immediate, base_index, base_offsets, vector };

@@ -190,10 +190,10 @@ TEST(Tiers, AgreeOnHalfPrecisionUnderAllControls) {
   for (const HalfRow& half : half_rows()) {
     const TwinRow* const twin = twin_named(half.row->name);
     ASSERT_NE(twin, nullptr) << half.row->name;
-    for (uint32_t controls = 0; controls < 32; controls++) {
+    for (uint32_t controls = 0; controls < 64; controls++) {
       tiers::Case chosen{half.word, {}};
-      chosen.state.fpcr = (controls & 15) << 22;  // RMode, FZ, DN
-      chosen.state.fz16 = controls >= 16 ? fpcr_fz16 : 0;
+      chosen.state.fpcr = (controls & 31) << 22;  // RMode, FZ, DN, AHP
+      chosen.state.fz16 = controls >= 32 ? fpcr_fz16 : 0;
       memset(chosen.state.p, 1, sizeof chosen.state.p);
       bool same = true;
       for (uint64_t i = 0; i < pairs && same; i++, compared++) {
