@@ -167,6 +167,7 @@ void destroy_cache(Cache* cache) {
 
 void flush_cache(Cache& cache) {
   cache.cursor = cache.first_fragment;
+  cache.forgotten = 0;
   cache.fragments.clear();
   cache.exits.clear();
   cache.places.clear();
@@ -267,7 +268,14 @@ void forget_fragments(Cache& cache, uint64_t begin, uint64_t end) {
     if (is_gone(fragment.tag) && entry.tag == fragment.tag) {
       entry = {&entry == cache.table ? kTagOfNoFragment : 0, 0};
     }
-    fragment.hidden = fragment.hidden || is_gone(fragment.tag);
+    if (!fragment.hidden && is_gone(fragment.tag)) {
+      fragment.hidden = true;
+      ++cache.forgotten;
+    }
+  }
+  // What is dead makes the tables longer.
+  if (cache.forgotten > kFirstIndexSize && cache.forgotten > cache.fragments.size() / 3) {
+    flush_cache(cache);
   }
 }
 

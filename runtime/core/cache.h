@@ -123,7 +123,8 @@ struct Cache {
   unsigned char* base;
   uint32_t size;
   uint32_t cursor;
-  bool toggles;  // the host refuses writable and executable memory: switch between the two
+  uint32_t forgotten;  // fragments that are in the tables still
+  bool toggles;        // the host refuses writable and executable memory: switch between the two
   uint32_t leave, miss, first_fragment;
   std::vector<Fragment> fragments;  // by ascending `begin`
   std::vector<Exit> exits;

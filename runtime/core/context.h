@@ -45,7 +45,7 @@ struct alignas(16) Context {
   uint64_t pc;
   uint64_t nzcv, fpsr, fpcr;
   uint64_t tpidr;              // the application's TPIDR_EL0
-  volatile uint64_t pending;   // non-zero: come to the dispatcher; changed by add_pending only
+  volatile uint64_t pending;   // non-zero: come to the dispatcher
   volatile uint64_t in_cache;  // non-zero from entering the cache to leaving it
   uint64_t call_sp;            // the application's SP between two clean calls
   // The client's slots, from SPILL_SLOT_1 on: aligned, for whoever copies two at once.

@@ -55,10 +55,12 @@ struct DecodedPages {
   void grow();
 };
 
-// Twice the places, and those pages that still have words.
+// Places for those pages that still have words.
 void DecodedPages::grow() {
   constexpr size_t kFirstSize = 64;
-  std::vector<DecodedPage*> old(std::max(kFirstSize, places.size() * 2));
+  const auto live = static_cast<size_t>(std::ranges::count_if(
+      places, [](const DecodedPage* page) { return page != nullptr && !page->is_empty(); }));
+  std::vector<DecodedPage*> old(std::max(kFirstSize, live * 4));
   old.swap(places);
   for (DecodedPage* page : old) {
     if (page != nullptr && page->is_empty()) {

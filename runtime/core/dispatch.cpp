@@ -10,22 +10,18 @@
 namespace core {
 namespace {
 
-// Where a branch goes: the top byte of an address is a tag, which the processor ignores and which
-// it drops when it branches.
-uint64_t without_tag(uint64_t pc) {
-  constexpr uint64_t kTag = uint64_t{0xff} << 56, kUpperHalf = uint64_t{1} << 55;
-  return (pc & kUpperHalf) == 0 ? pc & ~kTag : pc;
-}
+constexpr size_t kManyChanges = 32;  // each costs a walk over all exits
 
 // The changes of the application's code have been made: what is built from now on is right.
 void forget_if_wanted(Context& context) {
-  constexpr size_t kMany = 32;  // each costs a walk over all exits
-  if ((context.pending & kChangesPending) == 0) {
+  Cache& cache = *context.cache;
+  if ((context.pending & kChangesPending) != 0) {
+    remove_pending(context, kChangesPending);
+  }
+  if (cache.changes.empty()) {
     return;
   }
-  remove_pending(context, kChangesPending);
-  Cache& cache = *context.cache;
-  if (cache.changes.size() > kMany) {
+  if (cache.changes.size() > kManyChanges) {
     flush_cache(cache);
   }
   for (const CodeChange& change : cache.changes) {
@@ -72,6 +68,11 @@ uint64_t target_of(const Context& context, const Exit& exit) {
 
 }  // namespace
 
+uint64_t without_tag(uint64_t address) {
+  constexpr uint64_t kTag = uint64_t{0xff} << 56, kUpperHalf = uint64_t{1} << 55;
+  return (address & kUpperHalf) == 0 ? address & ~kTag : address;
+}
+
 void forget_own_fragments(Context& context, uint64_t begin, uint64_t end) {
   const std::lock_guard lock(context.cache->mutex);
   forget_fragments(*context.cache, begin, end);
@@ -80,7 +81,9 @@ void forget_own_fragments(Context& context, uint64_t begin, uint64_t end) {
 void request_forgetting(Context& other, uint64_t begin, uint64_t end) {
   {
     const std::lock_guard lock(other.cache->mutex);
-    other.cache->changes.push_back({begin, end});
+    if (other.cache->changes.size() <= kManyChanges) {  // more of them empty the cache anyway
+      other.cache->changes.push_back({begin, end});
+    }
   }
   add_pending(other, kChangesPending);
   unlink_all(*other.cache);

@@ -15,6 +15,10 @@ enum class Event {
 // Runs the application from context.pc until something needs the operating system's side.
 Event run(Context& context);
 
+// The top byte of an address is a tag, which the processor ignores and which it drops when it
+// branches.
+uint64_t without_tag(uint64_t address);
+
 // Makes the calling thread, which is out of the cache, forget its fragments of [begin, end).
 void forget_own_fragments(Context& context, uint64_t begin, uint64_t end);
 // Makes another thread do so: it leaves the cache at the end of the fragment that it is in, and

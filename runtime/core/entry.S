@@ -75,10 +75,12 @@
         .global core_enter_check
         .hidden core_enter_check
 core_enter_check:
-        ldr x9, [x28, #CTX_PENDING]
-        cbnz x9, core_enter_bail
+        // In this order: whoever adds to PENDING then looks whether the thread is in the cache.
         mov x9, #1
         str x9, [x28, #CTX_IN_CACHE]
+        dmb ish
+        ldr x9, [x28, #CTX_PENDING]
+        cbnz x9, core_enter_bail
         ldr x9, [x28, #CTX_NZCV]
         msr nzcv, x9
         ldr x9, [x28, #CTX_FPSR]

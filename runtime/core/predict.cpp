@@ -74,9 +74,9 @@ void set_first(Cache& cache, Exit& exit, uint64_t target, uint32_t body) {
   value[1] = static_cast<uint32_t>(target >> 32);
   uint32_t& hit = *code_at(cache, exit.site + kHitAt);
   const int64_t distance = int64_t{body} - int64_t{exit.site + kHitAt};
-  if (ir::branch_reaches(hit, distance)) {
-    hit = ir::redirected_branch(hit, distance);
-  } else {
+  const bool near = ir::branch_reaches(hit, distance);  // it may lead to a forgotten body
+  hit = ir::redirected_branch(hit, near ? distance : int64_t{kHopAt} - int64_t{kHitAt});
+  if (!near) {
     *code_at(cache, exit.site + kHopAt) = branch(exit.site + kHopAt, body);
   }
   *code_at(cache, exit.site) = exit.branch;

@@ -29,7 +29,8 @@ void note_flushed_line(Thread& thread) {
   core_copy(&word, reinterpret_cast<const void*>(context.pc - sizeof word), sizeof word);
   const uint64_t reg = word & kZeroRegister;
   const uint64_t line_size = 4U << (core::application_ctr() & 15);
-  const uint64_t line = (reg == kZeroRegister ? 0 : context.x[reg]) & ~(line_size - 1);
+  const uint64_t address = reg == kZeroRegister ? 0 : core::without_tag(context.x[reg]);
+  const uint64_t line = address & ~(line_size - 1);
   code_written(thread, line, line + line_size);
 }
 

@@ -66,6 +66,12 @@ static void tagged(void) {
   for (uintptr_t tag = 0; tag < 200; ++tag) {
     sum += ((function)((uintptr_t)at | tag << 56))();
   }
+  for (unsigned i = 0; i < 20; ++i) {
+    *(volatile uint32_t*)(void*)at = 0x52800000 | i << 5;
+    char* const tag = (char*)((uintptr_t)at | (uintptr_t)5 << 56);
+    __builtin___clear_cache(tag, tag + 4);
+    sum += ((function)(void*)at)() == (int)i;
+  }
   printf("tagged: %ld\n", sum);
 }
 
