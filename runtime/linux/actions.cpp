@@ -90,6 +90,12 @@ void install_handlers() {
   set_runtime_action(SIGBUS, false);
 }
 
+void renew_action(int signal) {
+  const std::lock_guard lock(process_actions.mutex);
+  const SignalAction action = action_for_kernel(process_actions.actions[signal]);
+  kernel_action(signal, &action, nullptr);
+}
+
 void restore_default(int signal) {
   const SignalAction action = {};
   kernel_action(signal, &action, nullptr);

@@ -25,7 +25,8 @@ namespace {
 constexpr uint64_t kThreadFlags = CLONE_VM | CLONE_THREAD | CLONE_SIGHAND;
 // What the runtime does itself around a fork.
 constexpr uint64_t kOwnFlags = CLONE_VFORK | CLONE_VM | CLONE_SETTLS | CLONE_PARENT_SETTID |
-                               CLONE_CHILD_SETTID | CLONE_CHILD_CLEARTID | CLONE_CLEAR_SIGHAND;
+                               CLONE_CHILD_SETTID | CLONE_CHILD_CLEARTID | CLONE_CLEAR_SIGHAND |
+                               CLONE_PIDFD;
 
 int64_t clone_any(Thread& parent, const CloneArguments& arguments) {
   if ((arguments.flags & CLONE_THREAD) != 0) {
@@ -51,6 +52,7 @@ void become_child(Thread& thread, const CloneArguments& arguments) {
   }
   thread.clear_tid = (arguments.flags & CLONE_CHILD_CLEARTID) != 0 ? arguments.child_tid : 0;
   thread.robust_list = 0;
+  thread.signals.has_held = false;
   if ((arguments.flags & CLONE_SETTLS) != 0) {
     thread.context.tpidr = arguments.tls;
   }
@@ -72,7 +74,7 @@ int64_t plain_fork(const CloneArguments& arguments) {
     return child < 0 ? -errno : child;
   }
   const uint64_t flags = others | static_cast<uint64_t>(arguments.exit_signal);
-  const int64_t child = syscall(SYS_clone, flags, 0, arguments.pidfd, 0, 0);
+  const int64_t child = syscall(SYS_clone, flags, 0, 0, 0, 0);
   return child < 0 ? -errno : child;
 }
 
@@ -124,6 +126,7 @@ void run_vfork_child(void* argument) {
 struct SavedThread {
   core::Context context;
   ThreadSignals signals;
+  ClientActions actions = client_actions();
   uint64_t clear_tid, robust_list;
   int id;
   std::vector<unsigned char> memory;
@@ -143,6 +146,7 @@ struct SavedThread {
     thread.context.pending = pending;
     thread.context.last_exit = EXIT_NONE;
     thread.signals = signals;
+    set_client_actions(actions);
     thread.clear_tid = clear_tid;
     thread.robust_list = robust_list;
     thread.id = id;
@@ -161,11 +165,13 @@ int64_t vfork_process(Thread& parent, const CloneArguments& arguments, uint64_t 
   // If the child's memory is a copy, no other thread will ever release a lock in it.
   lock_runtime();
   const int64_t id = os_vfork(flags, run_vfork_child, &child);
-  if (!child.began) {
-    unlock_runtime();
+  if (child.began) {
+    lock_runtime();
+  } else {
     can_borrow = id < 0;
   }
-  saved.restore(parent);
+  saved.restore(parent);  // while nobody asks the thread to forget anything
+  unlock_runtime();
   if (id > 0 && (arguments.flags & CLONE_PARENT_SETTID) != 0) {
     write_word(arguments.parent_tid, static_cast<int>(id));
   }
@@ -183,6 +189,10 @@ int64_t create_process(Thread& parent, const CloneArguments& arguments) {
       can_borrow && (arguments.flags & CLONE_VM) != 0 && (arguments.flags & ~kOwnFlags) == 0;
   const int64_t result =
       borrow ? vfork_process(parent, arguments, mask) : fork_process(parent, arguments);
+  if (result > 0 && arguments.pidfd != 0) {
+    // Nobody has waited for the child yet, so the number is still its own.
+    write_word(arguments.pidfd, static_cast<int>(syscall(SYS_pidfd_open, result, 0)));
+  }
   set_kernel_mask(mask);
   return result;
 }

@@ -136,6 +136,7 @@ void raise_fault(Thread& thread, int signal, int code, uint64_t address) {
   info.si_signo = signal;
   info.si_code = code;
   info.si_addr = reinterpret_cast<void*>(address);
+  thread.signals.fault_syndrome = 0;
   if (application_handles(thread, signal)) {
     push_frame(thread, take_action(thread, signal), info);
     apply_mask(thread);

@@ -79,7 +79,7 @@ Program inspect(const std::string& path) {
   Program program;
   char head[kScriptLine + 1] = {};
   struct stat status;
-  const int fd = open(path.c_str(), O_RDONLY | O_CLOEXEC);
+  const int fd = open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY);
   if (fd < 0) {
     return program;
   }
@@ -95,7 +95,8 @@ Program inspect(const std::string& path) {
     parse_script(head, program);
   } else if (got >= static_cast<ssize_t>(sizeof header)) {
     program.ours = std::memcmp(header.e_ident, ELFMAG, SELFMAG) == 0 &&
-                   header.e_ident[EI_CLASS] == ELFCLASS64 && header.e_machine == EM_AARCH64;
+                   header.e_ident[EI_CLASS] == ELFCLASS64 && header.e_machine == EM_AARCH64 &&
+                   (header.e_type == ET_EXEC || header.e_type == ET_DYN);
   }
   return program;
 }
@@ -192,7 +193,7 @@ int64_t sys_execveat(Thread& thread, const Call& call) {
     const std::string base(name, static_cast<size_t>(length));
     path = path.empty() ? base : base + "/" + path;
   }
-  return follow(thread, call, path, arguments, call.arguments[3]);
+  return follow(thread, call, own_or(path), arguments, call.arguments[3]);
 }
 
 }  // namespace os

@@ -135,7 +135,11 @@ void push_frame(Thread& thread, const SignalAction& action, const siginfo_t& inf
   Frame frame;
   fill_frame(thread, info, frame);
   if (!write(record, record_words, sizeof record_words) || !write(frame_at, &frame, sizeof frame)) {
-    force_segv();
+    if (info.si_signo == SIGSEGV || !application_handles(thread, SIGSEGV)) {
+      force_segv();
+    }
+    raise_fault(thread, SIGSEGV, SI_KERNEL, 0);
+    return;
   }
   set_handler_mask(thread, action, info.si_signo);
   context.x[0] = static_cast<uint64_t>(info.si_signo);
@@ -151,6 +155,11 @@ void push_frame(Thread& thread, const SignalAction& action, const siginfo_t& inf
 
 int64_t sys_rt_sigreturn(Thread& thread, const Call&) {
   core::Context& context = thread.context;
+  // What the handler's mask lets in comes before the return, whose mask may not.
+  set_kernel_mask(kAllSignals);
+  if ((context.pending & ~core::kChangesPending) != 0) {
+    return kNotMade;
+  }
   Frame frame;
   if (core_copy(&frame, reinterpret_cast<const void*>(context.sp), sizeof frame) != 0) {
     force_segv();

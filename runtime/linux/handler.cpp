@@ -17,6 +17,7 @@
 #include <ucontext.h>
 
 #include <cstring>
+#include <mutex>
 
 #include "runtime/core/cache.h"
 #include "runtime/core/entry.h"
@@ -42,6 +43,8 @@ bool is_between(uint64_t pc, const char* begin, const char* end) {
 void leave_at_end(core::Context& context, uint64_t code) {
   const core::Fragment* fragment = core::fragment_holding(*context.cache, code);
   if (fragment != nullptr && !fragment->checks) {
+    // Another thread may be at it, too; it never waits for this one meanwhile.
+    const std::lock_guard lock(context.cache->mutex);
     core::unlink_exits(*context.cache, *fragment);
   }
   context.lookup_table = core::empty_lookup_table();
@@ -149,7 +152,10 @@ bool abandon_call(Thread& thread, const siginfo_t& info, mcontext_t& machine) {
   if (call == nullptr) {
     return false;
   }
-  machine.pc = core::prepare_replay(*context.cache, *call);
+  {
+    const std::lock_guard lock(context.cache->mutex);
+    machine.pc = core::prepare_replay(*context.cache, *call);
+  }
   machine.sp = context.runtime_sp;
   machine.regs[core::kStolenRegister] = reinterpret_cast<uint64_t>(&context);
   context.pc = call->pc;
@@ -169,7 +175,8 @@ void handle_fault(Thread& thread, int signal, siginfo_t& info, ucontext_t& inter
   const bool wanted = application_handles(thread, signal);
   const bool cached = core::in_cache(*context.cache, machine.pc);
   // Another thread has this cache writable for a moment, where it cannot be both: try again.
-  if (cached && context.cache->toggles && reinterpret_cast<uint64_t>(info.si_addr) == machine.pc) {
+  if (signal == SIGSEGV && cached && context.cache->toggles &&
+      reinterpret_cast<uint64_t>(info.si_addr) == machine.pc) {
     return;
   }
   if (cached && wanted) {

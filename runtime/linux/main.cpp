@@ -48,7 +48,7 @@ int status_of_error(int error) {
 }
 
 Program open_program(const std::string& path) {
-  Program program = {open(path.c_str(), O_RDONLY | O_CLOEXEC), {}, {}};
+  Program program = {open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY), {}, {}};
   struct stat status;
   if (program.fd < 0 || fstat(program.fd, &status) != 0) {
     refuse(path, std::strerror(errno), status_of_error(errno));

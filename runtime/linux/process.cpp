@@ -4,6 +4,7 @@
 #include <sys/syscall.h>
 #include <unistd.h>
 
+#include <atomic>
 #include <cstdio>
 #include <cstdlib>
 #include <mutex>
@@ -29,7 +30,8 @@ namespace {
 
 constinit std::mutex threads_mutex;
 constinit Thread* threads = nullptr;
-constinit int running = 0;      // of them, those that have not begun to end
+constinit int running = 0;  // of them, those that have not begun to end
+constinit std::atomic_flag ending = {};
 constinit int exit_status = 0;  // of the main thread, once it ended alone
 
 // How long to wait for another thread to leave its cache: one that is stopped never does.
@@ -100,6 +102,7 @@ void keep_only(Thread& thread) {
   thread.next = nullptr;
   thread.main = true;
   running = 1;
+  ending.clear();
 }
 
 void begin_thread(Thread& thread) {
@@ -115,6 +118,9 @@ void exit_process(Thread& thread, int status) {
   // A vfork child shares its memory with the parent, whose client goes on.
   if (!thread.vfork_child) {
     set_kernel_mask(kAllSignals);
+    while (ending.test_and_set()) {
+      pause();  // another thread ends the process
+    }
     end_thread(thread);
     run_exit_events();
     write_profile();

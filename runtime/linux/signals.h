@@ -60,6 +60,8 @@ void release_thread_signals(Thread& thread);
 
 // Gives the kernel the default action for `signal`.
 void restore_default(int signal);
+// Tells the kernel once more what the application wants.
+void renew_action(int signal);
 // For SIGSEGV and SIGBUS: lets the kernel ignore the signal, or gives it the runtime's handler
 // back.
 void set_runtime_action(int signal, bool ignore);

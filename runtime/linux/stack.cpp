@@ -52,10 +52,15 @@ struct Writer {
     return at;
   }
   uint64_t string(const char* text) { return bytes(text, std::strlen(text) + 1); }
+  // One behind the other: programs that change their name write over all of them.
   std::vector<uint64_t> strings(char** list) {
-    std::vector<uint64_t> addresses;
-    for (; *list != nullptr; ++list) {
-      addresses.push_back(string(*list));
+    size_t count = 0;
+    while (list[count] != nullptr) {
+      ++count;
+    }
+    std::vector<uint64_t> addresses(count);
+    while (count-- != 0) {
+      addresses[count] = string(list[count]);
     }
     return addresses;
   }
@@ -103,8 +108,8 @@ uint64_t build_stack(const StackContents& contents) {
   if (writer.at == 0) {
     return 0;
   }
-  const std::vector<uint64_t> arguments = writer.strings(contents.arguments);
   const std::vector<uint64_t> environment = writer.strings(contents.environment);
+  const std::vector<uint64_t> arguments = writer.strings(contents.arguments);
   const std::vector<uint64_t> auxiliary = auxiliary_vector(contents, writer);
 
   std::vector<uint64_t> words;

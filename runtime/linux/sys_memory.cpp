@@ -126,10 +126,22 @@ int64_t sys_mremap(Thread& thread, const Call& call) {
   const uint64_t old_size = call.arguments[1];
   const bool executable = core::executable_end(old_begin) != 0;
   const int64_t result = pass_on(thread, call);
-  if (!failed(result) && result != kNotMade) {
-    note_change(thread, old_begin, old_size, false);
-    note_change(thread, static_cast<uint64_t>(result), call.arguments[2], executable);
+  const uint64_t new_begin = static_cast<uint64_t>(result);
+  const uint64_t old_end = page_ceiling(old_size), new_end = page_ceiling(call.arguments[2]);
+  if (failed(result) || result == kNotMade) {
+    return result;
   }
+  if (new_begin == old_begin && old_size != 0) {
+    // What stays may be running.
+    if (new_end < old_end) {
+      note_change(thread, old_begin + new_end, old_end - new_end, false);
+    } else if (new_end > old_end) {
+      note_change(thread, old_begin + old_end, new_end - old_end, executable);
+    }
+    return result;
+  }
+  note_change(thread, old_begin, old_size, false);
+  note_change(thread, new_begin, new_end, executable);
   return result;
 }
 

@@ -121,7 +121,7 @@ int64_t sys_wait_with_mask(Thread& thread, const Call& call) {
   changed.arguments[argument] = indirect ? reinterpret_cast<uint64_t>(&given) : given.address;
   const int64_t result = pass_on(thread, changed);
   thread.signals.temporary_mask = mask & ~kUnblockable;
-  thread.signals.has_temporary_mask = result != kNotMade;
+  thread.signals.has_temporary_mask = result == -EINTR;
   return result;
 }
 

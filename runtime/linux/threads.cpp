@@ -90,6 +90,16 @@ bool start_pthread(Birth& birth) {
   return error == 0;
 }
 
+// With its first thread this C library takes the signal by which it would change the user in all
+// threads. It is the application's library that does so, by the same signal.
+void renew_setxid_action() {
+  constexpr int kSetxid = 33;
+  static constinit std::atomic_flag renewed = {};
+  if (!renewed.test_and_set()) {
+    renew_action(kSetxid);
+  }
+}
+
 // ---- robust mutexes -----------------------------------------------------------------------------
 
 constexpr unsigned kMostRobustMutexes = 2048;  // as in the kernel, against a circle
@@ -98,13 +108,17 @@ constexpr unsigned kMostRobustMutexes = 2048;  // as in the kernel, against a ci
 void release_futex(uint64_t address, int id) {
   uint32_t word;
   auto* futex = reinterpret_cast<uint32_t*>(address);
-  if (address % sizeof word != 0 || core_copy(&word, futex, sizeof word) != 0 ||
-      (word & FUTEX_TID_MASK) != static_cast<uint32_t>(id)) {
+  if (address % sizeof word != 0 || core_copy(&word, futex, sizeof word) != 0) {
     return;
   }
-  const uint32_t dead = (word & FUTEX_WAITERS) | FUTEX_OWNER_DIED;
-  if (__atomic_compare_exchange_n(futex, &word, dead, false, __ATOMIC_SEQ_CST, __ATOMIC_SEQ_CST) &&
-      (word & FUTEX_WAITERS) != 0) {
+  bool released = false;
+  while (!released && (word & FUTEX_TID_MASK) == static_cast<uint32_t>(id)) {
+    // A waiter may add its bit meanwhile.
+    const uint32_t dead = (word & FUTEX_WAITERS) | FUTEX_OWNER_DIED;
+    released =
+        __atomic_compare_exchange_n(futex, &word, dead, false, __ATOMIC_SEQ_CST, __ATOMIC_SEQ_CST);
+  }
+  if (released && (word & FUTEX_WAITERS) != 0) {
     syscall(SYS_futex, futex, FUTEX_WAKE, 1, nullptr, nullptr, 0);
   }
 }
@@ -147,6 +161,7 @@ int64_t create_thread(Thread& parent, const CloneArguments& arguments) {
   Birth birth = {child, &arguments, client_actions(), {0}};
   int64_t result = -EAGAIN;
   if (start_pthread(birth)) {
+    renew_setxid_action();
     while (birth.id.load() == 0) {
       syscall(SYS_futex, &birth.id, FUTEX_WAIT_PRIVATE, 0, nullptr, nullptr, 0);
     }

@@ -1,5 +1,6 @@
 // Does one thing that a program's surroundings see: manners exit <status> | raise <signal> |
-// fault | args <words> | environment <name> | name | copy.
+// fault | args <words> | environment <name> | name | copy | exit_of_many <status>.
+#include <pthread.h>
 #include <signal.h>
 #include <stdio.h>
 #include <stdlib.h>
@@ -25,11 +26,30 @@ static int copy(void) {
   return 0;
 }
 
+static pthread_barrier_t together;
+static void* leave(void* status) {
+  pthread_barrier_wait(&together);
+  _exit(*(int*)status);
+}
+
+// Several threads end the process at once.
+static int exit_of_many(int status) {
+  enum { THREADS = 6 };
+  pthread_barrier_init(&together, NULL, THREADS);
+  pthread_t thread;
+  for (int i = 0; i < THREADS; i++)
+    pthread_create(&thread, NULL, leave, &status);
+  pause();
+  return 0;
+}
+
 int main(int argc, char** argv) {
   const char* const what = argc > 1 ? argv[1] : "";
   const int number = argc > 2 ? atoi(argv[2]) : 0;
   if (strcmp(what, "exit") == 0)
     exit(number);
+  if (strcmp(what, "exit_of_many") == 0)
+    return exit_of_many(number);
   if (strcmp(what, "raise") == 0)
     return raise(number);
   if (strcmp(what, "fault") == 0)

@@ -7,6 +7,7 @@
 #include <stdio.h>
 #include <stdlib.h>
 #include <string.h>
+#include <sys/stat.h>
 #include <sys/syscall.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -82,6 +83,24 @@ static void cloned(void) {
   printf("clone: %#x\n", ended(child));
 }
 
+// Files that cannot be executed, and of which the name alone says so to nobody.
+static void odd_files(void) {
+  static const unsigned char object[64] = {0x7f, 'E', 'L', 'F', 2, 1, 1, [16] = 1, [18] = 183};
+  mkfifo("fifo", 0755);
+  FILE* const file = fopen("object", "w");
+  fwrite(object, 1, sizeof object, file);
+  fclose(file);
+  chmod("object", 0755);
+  for (int i = 0; i < 2; ++i) {
+    const pid_t child = fork();
+    if (child == 0) {
+      execl(i == 0 ? "./fifo" : "./object", "odd", NULL);
+      _exit(errno == EACCES ? 1 : errno == ENOEXEC ? 2 : 3);
+    }
+    printf("odd file: %#x\n", ended(child));
+  }
+}
+
 int main(void) {
   setvbuf(stdout, NULL, _IONBF, 0);
   forked();
@@ -90,6 +109,7 @@ int main(void) {
   vforked();
   spawned();
   cloned();
+  odd_files();
   printf("waiting: %d\n", waitpid(-1, NULL, 0) == -1 && errno == ECHILD);
   return 0;
 }

@@ -12,6 +12,30 @@ static void* die_with_it(void* argument) {
   return NULL;
 }
 
+static void* die_while_wanted(void* argument) {
+  pthread_mutex_lock(&robust);
+  pthread_barrier_wait(argument);
+  return NULL;
+}
+
+// The owner ends just when another thread begins to wait.
+static int many_ends(void) {
+  enum { ROUNDS = 300 };
+  pthread_barrier_t barrier;
+  pthread_barrier_init(&barrier, NULL, 2);
+  int right = 0;
+  for (int i = 0; i < ROUNDS; ++i) {
+    pthread_t thread;
+    pthread_create(&thread, NULL, die_while_wanted, &barrier);
+    pthread_barrier_wait(&barrier);
+    right += pthread_mutex_lock(&robust) == EOWNERDEAD;
+    pthread_mutex_consistent(&robust);
+    pthread_mutex_unlock(&robust);
+    pthread_join(thread, NULL);
+  }
+  return right == ROUNDS;
+}
+
 int main(void) {
   pthread_mutexattr_t attributes;
   pthread_mutexattr_init(&attributes);
@@ -20,6 +44,9 @@ int main(void) {
   pthread_t thread;
   pthread_create(&thread, NULL, die_with_it, NULL);
   pthread_join(thread, NULL);
-  printf("owner dead: %d\n", pthread_mutex_lock(&robust) == EOWNERDEAD);
+  const int dead = pthread_mutex_lock(&robust) == EOWNERDEAD;
+  pthread_mutex_consistent(&robust);
+  pthread_mutex_unlock(&robust);
+  printf("owner dead: %d %d\n", dead, many_ends());
   return 0;
 }

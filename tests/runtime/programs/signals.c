@@ -292,6 +292,27 @@ static void stack_overflow(void) {
   printf("overflow survived\n");
 }
 
+// A frame that does not fit its stack is a fault, which has a handler on another stack.
+static void no_room(void) {
+  char* const guarded =
+      mmap(NULL, 131072, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
+  mprotect(guarded, 65536, PROT_NONE);
+  install(SIGUSR1, counter, 0);
+  count = 0;
+  const long self = getpid();
+  if (sigsetjmp(out, 1) == 0) {
+    register long number __asm__("x8") = 129;  // kill
+    register long process __asm__("x0") = self;
+    register long signal __asm__("x1") = SIGUSR1;
+    __asm__ volatile("mov x9, sp\n mov sp, %3\n svc #0\n mov sp, x9"
+                     : "+r"(process)
+                     : "r"(number), "r"(signal), "r"(guarded + 65536 + 1024)
+                     : "x9", "memory");
+    printf("no fault\n");
+  }
+  printf("no room: %d\n", count);
+}
+
 static volatile double kept;
 static void clobber(int signal, siginfo_t* info, void* context) {
   (void)signal;
@@ -409,6 +430,7 @@ int main(void) {
   stacks();
   smallest_stack();
   stack_overflow();
+  no_room();
   registers_survive();
   waited_for();
   nested();

@@ -197,6 +197,32 @@ static void spawn_beside_threads(void) {
   printf("children beside threads: %d\n", right);
 }
 
+// The C library changes the group in all threads, by a signal of its own.
+static void* reads(void* argument) {
+  char byte;
+  return (void*)(long)read(*(int*)argument, &byte, 1);
+}
+
+static void change_group(void) {
+  int ends[2];
+  unsigned long state = 4;
+  void *result, *got;
+  pthread_t computes, waits;
+  stop = 0;
+  if (pipe(ends) != 0) {
+    return;
+  }
+  pthread_create(&computes, NULL, storm, &state);
+  pthread_create(&waits, NULL, reads, &ends[0]);
+  usleep(2000);
+  printf("group: %d", setgid(getgid()));
+  got = (void*)write(ends[1], "x", 1);
+  stop = 1;
+  pthread_join(computes, &result);
+  pthread_join(waits, &got);
+  printf(" %ld\n", (long)got);
+}
+
 static void* last(void* argument) {
   pthread_join(*(pthread_t*)argument, NULL);
   printf("the main thread has ended\n");
@@ -253,6 +279,7 @@ int main(int argc, char** argv) {
   signals();
   fork_in_thread();
   spawn_beside_threads();
+  change_group();
   if (argc > 1 && strcmp(argv[1], "main") == 0) {
     static pthread_t self;
     self = pthread_self();
