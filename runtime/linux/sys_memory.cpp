@@ -2,6 +2,7 @@
 #include <sys/mman.h>
 #include <sys/syscall.h>
 
+#include <algorithm>
 #include <mutex>
 
 #include "runtime/core/code_map.h"
@@ -126,22 +127,14 @@ int64_t sys_mremap(Thread& thread, const Call& call) {
   const uint64_t old_size = call.arguments[1];
   const bool executable = core::executable_end(old_begin) != 0;
   const int64_t result = pass_on(thread, call);
-  const uint64_t new_begin = static_cast<uint64_t>(result);
-  const uint64_t old_end = page_ceiling(old_size), new_end = page_ceiling(call.arguments[2]);
-  if (failed(result) || result == kNotMade) {
-    return result;
+  if (!failed(result) && result != kNotMade) {
+    const auto new_begin = static_cast<uint64_t>(result);
+    const uint64_t old_bytes = page_ceiling(old_size), bytes = page_ceiling(call.arguments[2]);
+    // What stays in its place may be running.
+    const uint64_t kept = new_begin == old_begin ? std::min(old_bytes, bytes) : 0;
+    note_change(thread, old_begin + kept, old_bytes - kept, false);
+    note_change(thread, new_begin + kept, bytes - kept, executable);
   }
-  if (new_begin == old_begin && old_size != 0) {
-    // What stays may be running.
-    if (new_end < old_end) {
-      note_change(thread, old_begin + new_end, old_end - new_end, false);
-    } else if (new_end > old_end) {
-      note_change(thread, old_begin + old_end, new_end - old_end, executable);
-    }
-    return result;
-  }
-  note_change(thread, old_begin, old_size, false);
-  note_change(thread, new_begin, new_end, executable);
   return result;
 }
 
