@@ -4,6 +4,7 @@
 #define _GNU_SOURCE
 #include <linux/futex.h>
 #include <linux/sched.h>
+#include <poll.h>
 #include <sched.h>
 #include <signal.h>
 #include <stdint.h>
@@ -97,10 +98,15 @@ static void child_without_handlers(uint64_t flags) {
   signal(SIGUSR1, handler);
   signal(SIGUSR2, SIG_IGN);
   signal(SIGSEGV, handler);
-  const struct clone_args arguments = {.flags = flags | CLONE_CLEAR_SIGHAND,
+  int descriptor = -1;
+  const struct clone_args arguments = {.flags = flags | CLONE_CLEAR_SIGHAND | CLONE_PIDFD,
+                                       .pidfd = (uintptr_t)&descriptor,
                                        .exit_signal = SIGCHLD};
   const long child = clone3_call(&arguments, sizeof arguments, child_body, NULL);
   int status = -1;
+  struct pollfd ended = {.fd = descriptor, .events = POLLIN};
+  check("descriptor", descriptor >= 0 && poll(&ended, 1, 10000) == 1);
+  close(descriptor);
   check("child", waitpid((pid_t)child, &status, 0) == child && status == 30 << 8);
   struct sigaction one;
   sigaction(SIGUSR1, NULL, &one);
