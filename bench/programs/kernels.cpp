@@ -1,7 +1,10 @@
-// Kernels that a compiler makes, of plain loops or of intrinsics: kernels <name> <rounds>
-// [threads]; every thread runs all rounds. Without arguments, lists the names.
+// Kernels that a compiler makes, of plain loops or of intrinsics: kernels <name> <rounds> runs one
+// so many times, kernels <name> throughput <threads> measures. Without arguments, lists the names.
 #include <arm_sve.h>
 
+#include <algorithm>
+#include <atomic>
+#include <chrono>
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
@@ -117,7 +120,7 @@ struct Data {
   }
 }
 
-const struct {
+const struct Kernel {
   const char* name;
   void (*run)(Data&);
 } kernels[] = {{"integer_loop", integer_loop},
@@ -130,25 +133,63 @@ const struct {
                {"mandelbrot", mandelbrot},
                {"matrix_product", matrix_product}};
 
+// Rounds that all threads together get done in a millisecond, of many short spans of time: what
+// else the machine does spoils some of them.
+void print_throughput(const Kernel& kernel, int threads) {
+  struct alignas(256) Progress {
+    std::atomic<uint64_t> rounds;
+  };
+  using Clock = std::chrono::steady_clock;
+  constexpr int warm_up = 10, spans = 100;
+  constexpr std::chrono::microseconds span(10'000);
+
+  std::vector<Progress> progress(threads);
+  std::atomic<bool> over = false;
+  std::vector<std::thread> others;
+  for (int i = 1; i < threads; i++)
+    others.emplace_back([&, i] {
+      for (Data data; !over; progress[i].rounds++)
+        kernel.run(data);
+    });
+  Data data;
+  std::vector<double> throughput;
+  for (int i = 0; i < warm_up + spans; i++) {
+    uint64_t done = 0;
+    for (const Progress& thread : progress)
+      done -= thread.rounds;
+    const auto start = Clock::now();
+    std::chrono::duration<double, std::milli> passed;
+    do {
+      kernel.run(data);
+      progress[0].rounds++;
+      passed = Clock::now() - start;
+    } while (passed < span);
+    for (const Progress& thread : progress)
+      done += thread.rounds;
+    if (i >= warm_up)
+      throughput.push_back(done / passed.count());
+  }
+  over = true;
+  for (std::thread& other : others)
+    other.join();
+  std::sort(throughput.begin(), throughput.end());
+  printf("%.3f median, %.3f best\n", throughput[spans / 2], throughput[spans - 1]);
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
-  const int threads = argc > 3 ? atoi(argv[3]) : 1;
-  for (const auto& kernel : kernels) {
+  for (const Kernel& kernel : kernels) {
     if (argc < 3) {
       puts(kernel.name);
     } else if (strcmp(argv[1], kernel.name) == 0) {
-      const auto work = [&] {
-        Data data;
-        for (int round = 0; round < atoi(argv[2]); round++)
-          kernel.run(data);
-      };
-      std::vector<std::thread> others;
-      for (int i = 1; i < threads; i++)
-        others.emplace_back(work);
-      work();
-      for (std::thread& other : others)
-        other.join();
+      if (strcmp(argv[2], "throughput") == 0) {
+        print_throughput(kernel, argc > 3 ? atoi(argv[3]) : 1);
+        continue;
+      }
+      Data data;
+      for (int round = 0; round < atoi(argv[2]); round++)
+        kernel.run(data);
     }
   }
 }
