@@ -65,6 +65,13 @@
         ptest   p1, p1.b
         ret
 
+// x0 = where nothing can be read: 1, and a fault between two emulated instructions.
+        function counted_fault
+        ptrue   p0.b
+        ld1b    {z0.b}, p0/z, [x0]
+        add     z0.b, z0.b, z0.b
+        ret
+
 // None: what lies behind is jumped over.
         function counted_none
         b       1f
