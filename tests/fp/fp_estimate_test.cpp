@@ -2,6 +2,7 @@
 // controls, and every table entry in single and double precision.
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cmath>
 
 #include "sve/fp/fp.h"
@@ -221,6 +222,46 @@ TYPED_TEST(Estimate, ExponentialIsCorrectlyRounded) {
     const Natural power = Natural(1) << ((f.fraction_bits() + 1) * (1 << bits) + i);
     EXPECT_TRUE(below <= power && power <= above) << i;
   }
+}
+
+double value_of(std::uint64_t pattern, Format f) {
+  const int exponent = static_cast<int>(pattern >> f.fraction_bits()) & f.infinite_exponent();
+  const std::uint64_t fraction = (pattern & (f.hidden() - 1)) + (exponent != 0 ? f.hidden() : 0);
+  const int lowest = 2 - f.infinite_exponent() / 2 - 1 - f.fraction_bits();
+  const double magnitude =
+      std::ldexp(static_cast<double>(fraction), std::max(exponent, 1) - 1 + lowest);
+  return pattern & f.sign() ? -magnitude : magnitude;
+}
+
+/// The steps of a program that computes sine and cosine: each of the coefficients has to be right
+/// to nearly its last place for the sums to be.
+TYPED_TEST(Estimate, TrigonometricStepsGiveSineAndCosine) {
+  using T = TypeParam;
+  const Format f = format_of<T>();
+  constexpr int points = 4000;
+  double worst[2] = {};
+  for (int i = -points; i <= points; ++i) {
+    FPSCR word = 0;
+    const double wanted = i * (M_PI / 4 / points);
+    T x = 0;  // the next one below
+    for (int width = f.width - 2; width >= 0; --width)
+      if (value_of(x | T(1) << width, f) <= std::fabs(wanted))
+        x = static_cast<T>(x | T(1) << width);
+    x = static_cast<T>(i < 0 ? x | f.sign() : x);
+    for (const bool cosine : {false, true}) {
+      const T square = FPTRISMUL<T>(x, cosine, word);
+      T sum = 0;
+      for (std::uint64_t step = 8; step-- > 0;)
+        sum = FPTRIMADD<T>(step, sum, square, word);
+      const double exact = cosine ? std::cos(value_of(x, f)) : std::sin(value_of(x, f));
+      const T result = cosine ? sum : FPMul<T>(sum, x, word);
+      const double place = std::ldexp(1.0, std::max(std::ilogb(exact), -14) - f.fraction_bits());
+      if (exact != 0)
+        worst[cosine] = std::max(worst[cosine], std::fabs(value_of(result, f) - exact) / place);
+    }
+  }
+  EXPECT_LT(worst[0], 1.1);
+  EXPECT_LT(worst[1], 1.1);
 }
 
 }  // namespace
