@@ -40,10 +40,6 @@ int64_t clone_any(Thread& parent, const CloneArguments& arguments) {
   return create_process(parent, arguments);
 }
 
-void write_word(uint64_t address, int value) {
-  core_copy(reinterpret_cast<void*>(address), &value, sizeof value);
-}
-
 // What the child's clone call leaves in the registers.
 void become_child(Thread& thread, const CloneArguments& arguments) {
   thread.id = static_cast<int>(syscall(SYS_gettid));

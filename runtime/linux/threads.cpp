@@ -30,10 +30,6 @@ struct Birth {
   std::atomic<int> id;  // 0 until the thread has begun
 };
 
-bool write_word(uint64_t address, int value) {
-  return core_copy(reinterpret_cast<void*>(address), &value, sizeof value) == 0;
-}
-
 // Before the thread's own code can run, and by the thread: glibc names the same word for both, and
 // a late write by the parent would undo the clearing at the thread's end.
 void write_ids(const CloneArguments& arguments, int id) {
@@ -172,6 +168,10 @@ int64_t create_thread(Thread& parent, const CloneArguments& arguments) {
   }
   set_kernel_mask(mask);
   return result;
+}
+
+bool write_word(uint64_t address, int value) {
+  return core_copy(reinterpret_cast<void*>(address), &value, sizeof value) == 0;
 }
 
 void tell_thread_end(Thread& thread) {

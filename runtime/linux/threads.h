@@ -20,6 +20,9 @@ struct CloneArguments {
 int64_t create_thread(Thread& parent, const CloneArguments& arguments);
 int64_t create_process(Thread& parent, const CloneArguments& arguments);
 
+// Writes a number where the application asked for it. False, and nothing written, if it cannot be.
+bool write_word(uint64_t address, int value);
+
 // What the kernel does at a thread's end: robust mutexes are released, and whoever waits for the
 // thread learns of it.
 void tell_thread_end(Thread& thread);

@@ -146,7 +146,7 @@ inline aarch64_decode_rc sve_ldr_zri(cpu_state* state, aarch64_z_reg zt, aarch64
   for (unsigned half = 0; half < 2; half++) {
     fast::set_element(state->z[zt.index], half,
                       fast::read_memory<uint64_t>(address + half * sizeof(uint64_t)));
-    fast::finish_element();
+    host::finish_access();
   }
   return aarch64_decode_ok;
 }
@@ -157,7 +157,7 @@ inline aarch64_decode_rc sve_str_zri(cpu_state* state, aarch64_z_reg zt, aarch64
   for (unsigned half = 0; half < 2; half++) {
     fast::write_memory(address + half * sizeof(uint64_t),
                        fast::element<uint64_t>(state->z[zt.index], half));
-    fast::finish_element();
+    host::finish_access();
   }
   return aarch64_decode_ok;
 }

@@ -3,9 +3,9 @@
 // elements, where no fault can fall between them.
 #pragma once
 
-#include <atomic>
 #include <bit>
 
+#include "host/application_memory.h"
 #include "sve/fast/predicate_flags.h"
 #include "sve/fast/vector.h"
 
@@ -21,9 +21,6 @@ template <class Datum> inline Datum read_memory(uint64_t address) {
 template <class Datum> inline void write_memory(uint64_t address, Datum datum) {
   memcpy(reinterpret_cast<void*>(address), &datum, sizeof datum);
 }
-
-// A fault is a signal on this thread: what stands in front of this is done when it arrives.
-inline void finish_element() { std::atomic_signal_fence(std::memory_order_seq_cst); }
 
 // Element of a register slot.
 template <class T> inline T element(const uint8_t* slot, unsigned i) {
@@ -65,7 +62,7 @@ inline void load_elements(uint8_t* zt, const uint8_t* predicate, unsigned count,
     set_element<T>(zt, i,
                    is_active<T>(predicate, i) ? static_cast<T>(read_memory<Memory>(address_of(i)))
                                               : T{});
-    finish_element();
+    host::finish_access();
   }
 }
 
@@ -78,15 +75,12 @@ inline void store_elements(const uint8_t* zt, const uint8_t* predicate, Address 
       const unsigned byte = half * 8 + static_cast<unsigned>(__builtin_ctzll(left)) / 8;
       const unsigned i = byte / sizeof(T);
       write_memory<Memory>(address_of(i), static_cast<Memory>(element<T>(zt, i)));
-      finish_element();
+      host::finish_access();
     }
 }
 
-// No host has smaller pages, so what stays inside one of these cannot fault halfway.
-inline constexpr uint64_t smallest_page = 4096;
-
 inline bool in_one_page(uint64_t address, uint64_t bytes) {
-  return address % smallest_page <= smallest_page - bytes;
+  return address % host::smallest_page <= host::smallest_page - bytes;
 }
 
 // The first bytes of a vector's image in memory, fewer than 16, in few accesses. The pair is the

@@ -33,7 +33,7 @@ inline aarch64_decode_rc sve_ldN_zpri(cpu_state* state, aarch64_z_reg zt, aarch6
     for (unsigned k = 0; k < N; k++, address += sizeof(T)) {
       fast::set_element<U>(state->z[(zt.index + k) % z_registers], i,
                            active ? static_cast<U>(fast::read_memory<T>(address)) : U{});
-      fast::finish_element();
+      host::finish_access();
     }
   }
   return aarch64_decode_ok;
@@ -57,7 +57,7 @@ inline aarch64_decode_rc sve_stN_zpri(cpu_state* state, aarch64_z_reg zt, aarch6
       if (active)
         fast::write_memory<T>(
             address, static_cast<T>(fast::element<U>(state->z[(zt.index + k) % z_registers], i)));
-      fast::finish_element();
+      host::finish_access();
     }
   }
   return aarch64_decode_ok;

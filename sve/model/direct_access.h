@@ -1,10 +1,10 @@
 // Accesses to the application's memory as the hooks make them, without the calls.
 #pragma once
 
-#include <atomic>
 #include <cstring>
 #include <type_traits>
 
+#include "host/application_memory.h"
 #include "sve/client/sve_signals.h"
 #include "sve/model/context.h"
 
@@ -15,27 +15,20 @@ using Datum = std::conditional_t<
     msize == 1, uint8_t,
     std::conditional_t<msize == 2, uint16_t, std::conditional_t<msize == 4, uint32_t, uint64_t>>>;
 
-// Keeps accesses in their order, so that a fault is that of the lowest element that has one, and
-// finds the elements below it done.
-inline void finish_access() { std::atomic_signal_fence(std::memory_order_seq_cst); }
-
 template <int msize> inline uint64_t read(uint64_t address, int, bool* fault, CpuContext*) {
   if (fault != nullptr)
     return guarded_read<Datum<msize>>(address, fault);
   Datum<msize> datum;
   memcpy(&datum, reinterpret_cast<const void*>(address), sizeof datum);
-  finish_access();
+  host::finish_access();
   return datum;
 }
 
 template <int msize> inline void write(uint64_t value, uint64_t address, CpuContext*) {
   const auto datum = static_cast<Datum<msize>>(value);
   memcpy(reinterpret_cast<void*>(address), &datum, sizeof datum);
-  finish_access();
+  host::finish_access();
 }
-
-// No host has smaller pages.
-inline constexpr uint64_t smallest_page = 4096;
 
 inline namespace direct {  // hook_access.h has a class of this name, too
 
@@ -47,7 +40,8 @@ template <int msize> struct GuardedReads {
   uint64_t readable_page = ~0ull;
 
   uint64_t operator()(uint64_t address, bool* fault) {
-    const uint64_t first = address / smallest_page, last = (address + msize - 1) / smallest_page;
+    const uint64_t first = address / host::smallest_page;
+    const uint64_t last = (address + msize - 1) / host::smallest_page;
     const bool known = first == readable_page && last == readable_page;
     const uint64_t value = read<msize>(address, first_done, known ? nullptr : fault, context);
     if (!*fault)
