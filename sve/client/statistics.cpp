@@ -63,11 +63,12 @@ void count_with_uncounted(thread_counts& counts, uint64_t times) {
 // Under the lock.
 void give_back(thread_counts& counts) {
   count_with_uncounted(counts, 0);
-  for (thread_counts::place& place : counts.places)
-    if (place.pc != nullptr) {
+  if (counts.has_places)
+    for (thread_counts::place& place : counts.places) {
       move_to_icounts(place);
       place.pc = nullptr;
     }
+  counts.has_places = false;
   counts.in_use = false;
 }
 
@@ -78,6 +79,7 @@ void give_back(thread_counts& counts) {
   move_to_icounts(place);
   icounts.try_emplace(pc, encoding, 0);
   place.pc = pc;
+  counts.has_places = true;
   unlock();
 }
 

@@ -31,6 +31,7 @@ struct alignas(64) thread_counts {
   };
   static constexpr size_t places_size = 1024;
   std::atomic<bool> in_use;
+  bool has_places;
   volatile uint64_t uncounted;  // executions that sve_instr_count does not have yet
   std::array<place, places_size> places;
 };
