@@ -3,10 +3,12 @@
 #include <pthread.h>
 #include <sys/single_threaded.h>
 
+#include <algorithm>
 #include <cstdio>
+#include <iterator>
+#include <memory>
 
 #include "sve/client/short_lock.h"
-#include "sve/client/sve_signals.h"
 
 // One section, so that they lie in one cache line: who gets the lock gets the total with it.
 #define WITH_THE_LOCK [[gnu::section(".data.sve_totals")]]
@@ -14,27 +16,26 @@ WITH_THE_LOCK constinit std::mutex icounts_mutex;
 WITH_THE_LOCK alignas(64) constinit std::atomic<uint64_t> sve_instr_count = 0;
 #undef WITH_THE_LOCK
 
-constinit std::array<thread_counts, counting_threads> sve_thread_counts = {};
-
 namespace {
 
-// Of a thread that has none: no address is found there, and so none is counted.
-constinit thread_counts no_counts = {};
+// Where the entries of recent addresses are: an entry of the map never moves. Guarded by
+// icounts_mutex.
+struct KnownSite {
+  unsigned int* pc;
+  std::atomic<uint64_t>* count;
+};
+constexpr size_t known_sites_size = 1024;
+constinit KnownSite known_sites[known_sites_size] = {};
 
-TAVOK_SIGNAL_SAFE_TLS constinit thread_local thread_counts* own_counts = &no_counts;
-
-size_t place_number(const unsigned int* pc) {
-  return reinterpret_cast<uintptr_t>(pc) / sizeof *pc % thread_counts::places_size;
+KnownSite& known_site(unsigned int* pc) {
+  KnownSite* site = &known_sites[reinterpret_cast<uintptr_t>(pc) / sizeof *pc % known_sites_size];
+  asm("" : "+r"(site));  // one address, so that both fields come by one load
+  return *site;
 }
 
-// Under the lock. Readers without it see whole values.
-void add(std::atomic<uint64_t>& count, uint64_t times) {
-  count.store(count.load(std::memory_order_relaxed) + times, std::memory_order_relaxed);
-}
-
-void lock() {
-  if (!short_lock::try_lock(icounts_mutex)) [[unlikely]]
-    short_lock::lock(icounts_mutex);
+// All changes are made one at a time, and readers without the lock see whole values.
+void add_one(std::atomic<uint64_t>& count) {
+  count.store(count.load(std::memory_order_relaxed) + 1, std::memory_order_relaxed);
 }
 
 void unlock() {
@@ -42,152 +43,62 @@ void unlock() {
     short_lock::wake(icounts_mutex);
 }
 
-// Under the lock.
-void move_to_icounts(thread_counts::place& place) {
-  unsigned int* const pc = place.pc;
-  const uint64_t times = place.count;
-  if (times == 0)
-    return;
-  place.count = 0;
-  add(icounts.find(pc)->second.count, times);
-}
-
-// Adds so many executions to the total, and what the thread has left. Under the lock, unless the
-// process has one thread.
-void count_with_uncounted(thread_counts& counts, uint64_t times) {
-  times += counts.uncounted;
-  counts.uncounted = 0;
-  add(sve_instr_count, times);
-}
-
-// Under the lock.
-void give_back(thread_counts& counts) {
-  count_with_uncounted(counts, 0);
-  if (counts.has_places)
-    for (thread_counts::place& place : counts.places) {
-      move_to_icounts(place);
-      place.pc = nullptr;
-    }
-  counts.has_places = false;
-  counts.in_use = false;
-}
-
-[[gnu::noinline, gnu::cold]] void take_place(thread_counts& counts, unsigned int* pc,
-                                             uint32_t encoding) {
-  thread_counts::place& place = counts.places[place_number(pc)];
-  lock();
-  move_to_icounts(place);
-  icounts.try_emplace(pc, encoding, 0);
-  place.pc = pc;
-  counts.has_places = true;
-  unlock();
-}
-
-// Whether the thread has counted the address lately, and counts it now, but not in the total.
-[[gnu::always_inline]] inline bool count_known_place(thread_counts& counts, unsigned int* pc) {
-  thread_counts::place& place = counts.places[place_number(pc)];
-  if (place.pc != pc) [[unlikely]]
+// Whether the address was counted lately, and is counted now.
+[[gnu::always_inline]] inline bool count_known_site(unsigned int* pc) {
+  const KnownSite known = known_site(pc);
+  if (known.pc != pc) [[unlikely]]
     return false;
-  place.count = place.count + 1;
+  add_one(*known.count);
+  add_one(sve_instr_count);
   return true;
 }
 
-[[gnu::noinline]] void count_among_threads(thread_counts& counts) {
-  lock();
-  count_with_uncounted(counts, 1);
+// Under the lock, which it gives back.
+[[gnu::noinline]] void count_new_site(unsigned int* pc, uint32_t encoding) {
+  const std::unique_ptr<std::mutex, decltype([](auto*) { unlock(); })> guard(&icounts_mutex);
+  std::atomic<uint64_t>& count = icounts.try_emplace(pc, encoding, 0).first->second.count;
+  known_site(pc) = {pc, &count};
+  add_one(count);
+  add_one(sve_instr_count);
+}
+
+// Under the lock, which it gives back.
+[[gnu::always_inline]] inline void count_and_unlock(unsigned int* pc, uint32_t encoding) {
+  if (!count_known_site(pc)) [[unlikely]]
+    return count_new_site(pc, encoding);
   unlock();
 }
 
-// The first execution of a place, or of another one in its place, or on a thread without counts.
-[[gnu::noinline, gnu::cold]] void count_new_place(unsigned int* pc, uint32_t encoding) {
-  thread_counts& counts = *own_counts;
-  if (&counts != &no_counts) {
-    take_place(counts, pc, encoding);
-    count_known_place(counts, pc);
-    return count_among_threads(counts);
-  }
-  lock();
-  add(icounts.try_emplace(pc, encoding, 0).first->second.count, 1);
-  add(sve_instr_count, 1);
-  unlock();
-}
-
-// In the child of a fork, which has the forking thread alone: the others got as far as this.
-void count_for_lost_threads() {
-  for (thread_counts& counts : sve_thread_counts)
-    if (counts.in_use && &counts != own_counts)
-      give_back(counts);
+[[gnu::noinline, gnu::cold]] void update_behind_others(unsigned int* pc, uint32_t encoding) {
+  short_lock::lock(icounts_mutex);
+  count_and_unlock(pc, encoding);
 }
 
 }  // namespace
 
-// These two run for each emulated instruction: what is rare is left to functions that they end in,
-// so that they need no frame. In a process of one thread nobody else can hold the lock, or see that
-// it is not taken.
+void Sites::clear() {
+  std::fill(std::begin(known_sites), std::end(known_sites), KnownSite{});
+  std::map<unsigned int*, site_count>::clear();
+}
+
+// Runs for each emulated instruction: what is rare is left to functions that it ends in, so that it
+// needs no frame. Nobody else can hold the lock, or see that it is not taken, in a process of one
+// thread.
 void update_sve_stats(unsigned int* pc, uint32_t encoding) {
-  thread_counts& counts = *own_counts;
-  if (!count_known_place(counts, pc)) [[unlikely]]
-    return count_new_place(pc, encoding);
-  if (!__libc_single_threaded)
-    return count_among_threads(counts);
-  count_with_uncounted(counts, 1);
-}
-
-void leave_to_update_sve_stats(unsigned int* pc, uint32_t encoding) {
-  thread_counts& counts = *own_counts;
-  if (!count_known_place(counts, pc)) [[unlikely]]
-    return count_new_place(pc, encoding);
-  counts.uncounted = counts.uncounted + 1;
-}
-
-void begin_thread_counts() {
-  for (thread_counts& counts : sve_thread_counts)
-    if (!counts.in_use.exchange(true)) {
-      own_counts = &counts;
-      return;
-    }
-}
-
-void end_thread_counts() {
-  if (own_counts == &no_counts)
+  if (__libc_single_threaded && count_known_site(pc))
     return;
-  lock();
-  give_back(*own_counts);
-  unlock();
-  own_counts = &no_counts;
-}
-
-// Looks again if a thread has moved something to the total meanwhile: it would be missed, or be
-// there twice.
-uint64_t executed_sve_instructions() {
-  uint64_t total = sve_instr_count, uncounted = 0;
-  for (int tries = 0; tries < 100; tries++) {
-    uncounted = 0;
-    for (const thread_counts& counts : sve_thread_counts)
-      uncounted += counts.uncounted;
-    const uint64_t before = total;
-    total = sve_instr_count;
-    if (total == before)
-      break;
-  }
-  return total + uncounted;
+  if (!short_lock::try_lock(icounts_mutex)) [[unlikely]]
+    return update_behind_others(pc, encoding);
+  count_and_unlock(pc, encoding);
 }
 
 void dump_sve_stats() {
-  for (const auto& [pc, site] : icounts) {
-    uint64_t count = site.count;
-    for (const thread_counts& counts : sve_thread_counts)
-      if (const auto& place = counts.places[place_number(pc)]; place.pc == pc)
-        count += place.count;
+  for (const auto& [pc, site] : icounts)
     fprintf(stderr, "%p: 0x%08x %ld\n", static_cast<void*>(pc), site.encoding,
-            static_cast<long>(count));
-  }
+            static_cast<long>(site.count.load(std::memory_order_relaxed)));
 }
 
 void guard_sve_stats_over_fork() {
   pthread_atfork([] { icounts_mutex.lock(); }, [] { icounts_mutex.unlock(); },
-                 [] {
-                   count_for_lost_threads();
-                   icounts_mutex.unlock();
-                 });
+                 [] { icounts_mutex.unlock(); });
 }

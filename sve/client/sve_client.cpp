@@ -47,9 +47,10 @@ uint32_t word_at(const byte* address) {
   return word;
 }
 
-template <void (*count_execution)(unsigned int* pc, uint32_t encoding)>
-[[gnu::always_inline]] inline void emulate_and_count(unsigned int encoding, unsigned char* pc,
-                                                     decode_stub stub) {
+// Called by inserted code, which has stored the other registers and will load them again.
+// Flattened, so that counting is done in its frame.
+[[gnu::flatten]] void emulate_instruction(unsigned int encoding, unsigned char* pc,
+                                          decode_stub stub) {
   void* const drcontext = dr_get_current_drcontext();
   cpu_state* const state = thread_record(drcontext);
   state->pc = reinterpret_cast<uint64_t>(pc);
@@ -61,47 +62,19 @@ template <void (*count_execution)(unsigned int* pc, uint32_t encoding)>
     fprintf(stderr, "Error: failed to emulate SVE instruction 0x%08x at PC %p\n", word_at(pc),
             static_cast<void*>(pc));
   else
-    count_execution(reinterpret_cast<unsigned int*>(pc), encoding);
+    update_sve_stats(reinterpret_cast<unsigned int*>(pc), encoding);
   const ptr_uint_t new_x26 = state->x[26], new_x27 = state->x[27], new_x28 = state->x[28];
   dr_write_saved_reg(drcontext, slot_of_x26, new_x26);
   dr_write_saved_reg(drcontext, slot_of_x27, new_x27);
   dr_write_saved_reg(drcontext, slot_of_x28, new_x28);
 }
 
-// Called by inserted code, which has stored the other registers and will load them again.
-// Flattened, so that counting is done in its frame.
-[[gnu::flatten]] void emulate_instruction(unsigned int encoding, unsigned char* pc,
-                                          decode_stub stub) {
-  emulate_and_count<update_sve_stats>(encoding, pc, stub);
-}
-
-// In its place where the block goes on to another emulated instruction.
-[[gnu::flatten]] void emulate_inner_instruction(unsigned int encoding, unsigned char* pc,
-                                                decode_stub stub) {
-  emulate_and_count<leave_to_update_sve_stats>(encoding, pc, stub);
-}
-
-bool branches_or_calls(uint32_t word) { return (word & 0x1c000000) == 0x14000000; }
-
-// Whether the thread comes to another emulated instruction of the block next, unless it faults.
-bool is_inner(instr_t* instr) {
-  while ((instr = instr_get_next_app(instr)) != nullptr) {
-    const uint32_t word = word_at(instr_get_raw_bits(instr));
-    if (in_sve_space(word))
-      return is_sve(word) != nullptr;
-    if (branches_or_calls(word))
-      return false;
-  }
-  return false;
-}
-
 void rewrite_instruction(const insertion_point& point, decode_stub stub) {
   if (dr_get_stolen_reg() != DR_REG_X28)
     assertion_failure(__LINE__, "dr_get_stolen_reg() == DR_REG_X28");
-  const auto callee = is_inner(point.where) ? emulate_inner_instruction : emulate_instruction;
   insert_save_state(point);
   dr_insert_call_tavok(point.drcontext, point.block, point.where, point.pc,
-                       reinterpret_cast<void*>(callee), 3,
+                       reinterpret_cast<void*>(emulate_instruction), 3,
                        opnd_create_immed_int(word_at(point.pc), OPSZ_4),
                        opnd_create_immed_int(reinterpret_cast<ptr_int_t>(point.pc), OPSZ_8),
                        opnd_create_immed_int(reinterpret_cast<ptr_int_t>(stub), OPSZ_8));
@@ -146,21 +119,19 @@ void event_thread_init(void* drcontext) {
   auto* const data = static_cast<cpu_state*>(dr_thread_alloc(drcontext, sizeof(cpu_state)));
   drmgr_set_tls_field(drcontext, tls_idx, data);
   list_thread_record(data);
-  begin_thread_counts();
 }
 
 void event_thread_exit(void* drcontext) {
   cpu_state* const data = thread_record(drcontext);
   if (data == nullptr)
     assertion_failure(__LINE__, "data != __null");
-  end_thread_counts();
   unlist_thread_record(data);
   dr_thread_free(drcontext, data, sizeof(cpu_state));
 }
 
 void print_report() {
   const char* const name = exe == nullptr ? "tavok" : basename(exe->full_path);
-  fprintf(stderr, "%s: %lu SVE instructions executed\n", name, executed_sve_instructions());
+  fprintf(stderr, "%s: %lu SVE instructions executed\n", name, sve_instr_count.load());
   fprintf(stderr, "%s: %lu Non-SVE AArch64 instructions executed\n", name,
           aarch64_instr_count.load());
 }

@@ -230,7 +230,6 @@ protected:
     runtime.modules = {module_of(code, "/bin/app"), module_of(library, "/lib/library.so")};
     const char* arguments[] = {"client"};
     dr_client_main(0, 1, arguments);
-    icounts.clear();
     runtime.thread_init(&runtime.thread);
   }
   void TearDown() override {
@@ -359,21 +358,17 @@ protected:
   // What the inserted call does, with a stub of the test's.
   std::string call(uint32_t word, decode_stub stub) {
     rewritten(code, {word});
+    const instr_t* instr = list.first;
+    while (instr->kind != ir::kind::call)
+      instr = instr->next;
+    const auto callee =
+        reinterpret_cast<void (*)(unsigned int, unsigned char*, decode_stub)>(instr->call.callee);
     for (uint64_t i = 1; i <= 3; i++)
       runtime.thread.slots[i] = i << 40;
     record()->pc = 0;
-    return captured_stderr([&] { callees().at(0)(word, reinterpret_cast<app_pc>(code), stub); });
-  }
-
-  using Callee = void (*)(unsigned int, unsigned char*, decode_stub);
-
-  // Of the calls in the block, in order.
-  std::vector<Callee> callees() const {
-    std::vector<Callee> found;
-    for (const instr_t* instr = list.first; instr != nullptr; instr = instr->next)
-      if (instr->kind == ir::kind::call)
-        found.push_back(reinterpret_cast<Callee>(instr->call.callee));
-    return found;
+    icounts.clear();
+    sve_instr_count = 0;
+    return captured_stderr([&] { callee(word, reinterpret_cast<app_pc>(code), stub); });
   }
 
   void expect_registers_exchanged() {
@@ -392,51 +387,7 @@ TEST_F(Call, EmulatesAndCounts) {
   EXPECT_EQ(sve_instr_count, 1u);
   ASSERT_TRUE(icounts.contains(code));
   EXPECT_EQ(icounts.at(code).encoding, add_z0_p0_z0);
-  end_thread_counts();
   EXPECT_EQ(icounts.at(code).count, 1u);
-}
-
-// What the total is after each emulated instruction of a block, at the block's second execution:
-// one that leads to another one leaves it to that one.
-TEST_F(Call, BringsTheTotalUpToDateForEachBlock) {
-  constexpr uint32_t b = 0x14000000, svc = 0xd4000001, ldr = 0xf9400000, sve = add_z0_p0_z0;
-  const struct {
-    std::vector<uint32_t> words;
-    std::vector<uint64_t> totals;
-  } cases[] = {{{sve}, {1}},
-               {{sve, sve, sve}, {0, 0, 3}},
-               {{nop, sve, ldr, add_0(1, 2), sve, nop}, {0, 2}},
-               {{sve, sve, b, sve}, {0, 2, 3}},
-               {{sve, svc, sve, sve}, {1, 1, 3}},
-               {{sve, msr_fpcr(0), sve}, {1, 2}},
-               {{sve, mul_z0_z0_z0, sve}, {1, 2}}};
-  for (const auto& [words, totals] : cases) {
-    rewritten(code, words);
-    const auto to_call = callees();
-    ASSERT_EQ(to_call.size(), totals.size());
-    uint64_t start = 0;
-    for (int execution = 0; execution < 2; execution++) {
-      start = sve_instr_count;
-      for (size_t i = 0; i < totals.size(); i++) {
-        to_call[i](sve, reinterpret_cast<app_pc>(code + i), change_registers);
-        EXPECT_EQ(executed_sve_instructions(), start + i + 1);
-        if (execution == 1) {
-          EXPECT_EQ(sve_instr_count, start + totals[i]) << words.size() << " words, call " << i;
-        }
-      }
-    }
-  }
-}
-
-TEST_F(Call, CountsWhatTheThreadLeftWhenItEnds) {
-  rewritten(code, {add_z0_p0_z0, add_z0_p0_z0});
-  for (int i = 0; i < 5; i++)
-    callees().at(0)(add_z0_p0_z0, reinterpret_cast<app_pc>(code), change_registers);
-  EXPECT_LT(sve_instr_count, 5u);
-  runtime.thread_exit(&runtime.thread);
-  EXPECT_EQ(sve_instr_count, 5u);
-  EXPECT_EQ(icounts.at(code).count, 5u);
-  runtime.thread_init(&runtime.thread);
 }
 
 TEST_F(Call, ReportsAFailureAndGoesOn) {

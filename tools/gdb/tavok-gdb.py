@@ -21,10 +21,6 @@ ROW = struct.Struct("<IIQQBB6x")     # value, mask, stub, name, tier, map
 MODULE = struct.Struct("<QQQQ")        # start, end, entry point, path
 THREAD = struct.Struct("<QQq")         # next, record, id
 TREE_NODE = struct.Struct("<QQQQQI4xQ")  # colour, parent, left, right; address, word, count
-THREAD_COUNTS = struct.Struct("<?7xQ")   # in use, uncounted; then the places
-PLACE = struct.Struct("<QQ")           # address, count
-PLACES = 1024
-COUNTING_THREADS = 64
 TIERS = ("fast", "host_fp", "model", "no_operation")
 ARGUMENT_REGISTERS = {"aarch64": "$x0", "i386:x86-64": "$rdi"}
 INSTRUCTION_BYTES = 4
@@ -208,22 +204,8 @@ def show(text):
 
 # ---- statistics ---------------------------------------------------------------------------------
 
-def threads_own_counts():
-    """By address, what threads have counted by themselves."""
-    counts = {}
-    size = -(-(THREAD_COUNTS.size + PLACES * PLACE.size) // 64) * 64
-    begin = Symbols.address("sve_thread_counts")
-    for at in range(begin, begin + COUNTING_THREADS * size, size):
-        if THREAD_COUNTS.unpack(read(at, THREAD_COUNTS.size))[0]:
-            places = read(at + THREAD_COUNTS.size, PLACES * PLACE.size)
-            for address, count in PLACE.iter_unpack(places):
-                counts[address] = counts.get(address, 0) + count
-    return counts
-
-
 def sites():
     """Address, word and count of each executed place, in the order of addresses."""
-    own = threads_own_counts()
     header = Symbols.address("icounts") + 8  # behind the comparison, which is empty
 
     def walk(node):
@@ -233,8 +215,8 @@ def sites():
                 fields = TREE_NODE.unpack(read(node, TREE_NODE.size))
                 stack.append(fields)
                 node = fields[2]
-            _, _, _, node, address, word, count = stack.pop()
-            yield address, word, count + own.get(address, 0)
+            _, _, _, node, *site = stack.pop()
+            yield site
 
     return walk(read_pointer(header + 8))
 
@@ -281,8 +263,7 @@ def app_command(path):
         offset = module.offset(path)
     except OSError as error:
         raise gdb.GdbError("%s: %s" % (path, error.strerror)) from None
-    for name in ("icounts", "sve_threads", "sve_thread_counts", "__start_sve_rows",
-                 "__stop_sve_rows"):
+    for name in ("icounts", "sve_threads", "__start_sve_rows", "__stop_sve_rows"):
         Symbols.address(name)  # before the application's names come
     gdb.execute("add-symbol-file %s -o 0x%x" % (path, offset), to_string=True)
     show("%s at 0x%x to 0x%x\n" % (path, module.start, module.end))
@@ -391,17 +372,16 @@ def break_command(location):
         show("stops in front of %s\n" % describe(place))
 
 
-def run_to(*addresses):
-    """Lets the process go on until this thread is at one of them. Whether it came there."""
-    breakpoints = [gdb.Breakpoint("*0x%x" % address, internal=True) for address in addresses]
-    for breakpoint in breakpoints:
-        breakpoint.thread = gdb.selected_thread().num
-        breakpoint.silent = True
+def run_to(location):
+    """Lets the process go on until this thread is there. Whether it came there."""
+    breakpoint = gdb.Breakpoint(location, internal=True)
+    breakpoint.thread = gdb.selected_thread().num
+    breakpoint.silent = True
     gdb.execute("continue", to_string=True)
-    breakpoints = [b for b in breakpoints if b.is_valid()]
-    arrived = gdb.selected_thread() is not None and any(b.hit_count > 0 for b in breakpoints)
-    for breakpoint in breakpoints:
-        breakpoint.delete()
+    if not breakpoint.is_valid():
+        return False
+    arrived = gdb.selected_thread() is not None and breakpoint.hit_count > 0
+    breakpoint.delete()
     return arrived
 
 
@@ -423,10 +403,10 @@ def step_command(_argument):
     if thread_record() is None:
         raise gdb.GdbError("only for a thread of an application under tavok")
     before = told()
-    # Their third argument is the stub.
-    arrived = run_to(*map(function_entry, ("emulate_instruction", "emulate_inner_instruction")))
+    # Its third argument is the stub.
+    arrived = run_to("*0x%x" % function_entry("emulate_instruction"))
     if arrived:
-        arrived = run_to(int(gdb.parse_and_eval("(unsigned long)$x2")))
+        arrived = run_to("*0x%x" % int(gdb.parse_and_eval("(unsigned long)$x2")))
     if gdb.selected_thread() is None:
         show("the process has ended\n")
     elif arrived and told() == before:
