@@ -11,7 +11,11 @@
 #pragma once
 
 #include <pthread.h>
+#include <sys/auxv.h>
 
+#include <atomic>
+#include <cstddef>
+#include <cstdint>
 #include <mutex>
 
 namespace short_lock {
@@ -80,5 +84,92 @@ template <class Native = pthread_mutex_t> bool try_unlock(std::mutex& mutex) {
   else
     return false;
 }
+
+// What the thread stores before is seen by whoever sees what it stores afterwards.
+[[gnu::always_inline]] inline void order_stores() {
+#ifdef __aarch64__
+  asm volatile("dmb ishst" ::: "memory");
+#else
+  std::atomic_thread_fence(std::memory_order_release);
+#endif
+}
+
+// How a count is changed together with a look at the mutex that guards it: by two registers that
+// are loaded and stored exclusively or, with large-system atomics, compared and swapped.
+enum class one_step : uint8_t { exclusive, swap, none };
+
+// A count and its mutex, in the reach of one atomic instruction.
+struct alignas(16) GuardedCount {
+  volatile uint64_t count;  // read without the mutex as well
+  std::mutex mutex;
+};
+static_assert(offsetof(GuardedCount, mutex) == sizeof(uint64_t));
+
+#ifdef __aarch64__
+
+// The best way on this processor. None if the two do not lie side by side: a program that names
+// one of a shared library's variables may get it moved into its own data.
+template <class Native = pthread_mutex_t>
+one_step step_for(const std::atomic<uint64_t>& count, const std::mutex& mutex) {
+  if constexpr (!HasLockWord<Native>)
+    return one_step::none;
+  else
+    static_assert(offsetof(Native, __data.__lock) == 0);
+  const auto address = reinterpret_cast<uintptr_t>(&count);
+  if (address % alignof(GuardedCount) != 0 ||
+      reinterpret_cast<uintptr_t>(&mutex) != address + offsetof(GuardedCount, mutex))
+    return one_step::none;
+  return (getauxval(AT_HWCAP) & HWCAP_ATOMICS) != 0 ? one_step::swap : one_step::exclusive;
+}
+
+// Adds 1 to the count if the mutex is free: as if it were locked, the count changed and the mutex
+// unlocked, but in one step, so that nobody ever finds it locked by this. False, and nothing
+// changed, if it is held, or without a step. It orders no other accesses, since it guards nothing
+// but the count.
+[[gnu::always_inline]] inline bool add_one_if_free(GuardedCount& guarded, one_step step) {
+  uint64_t lock;  // and the field behind it, which a free mutex has 0 as well
+  if (step == one_step::exclusive) [[likely]] {
+    uint64_t count;
+    uint32_t failed;
+    asm volatile(
+        "1: ldxp %[count], %[lock], %[guarded]\n"
+        "   cbnz %[lock], 2f\n"
+        "   add %[count], %[count], #1\n"
+        "   stxp %w[failed], %[count], xzr, %[guarded]\n"
+        "   cbnz %w[failed], 1b\n"
+        "2:\n"
+        : [count] "=&r"(count), [lock] "=&r"(lock), [failed] "=&r"(failed), [guarded] "+Q"(guarded)
+        :
+        : "memory");
+  } else if (step == one_step::swap) {
+    register uint64_t count asm("x0") = guarded.count;
+    register uint64_t found asm("x1") = 0;
+    asm volatile(".arch_extension lse\n"
+                 "1: mov x4, x0\n"
+                 "   add x2, x0, #1\n"
+                 "   mov x3, #0\n"
+                 "   casp x0, x1, x2, x3, %[guarded]\n"
+                 "   cbnz x1, 2f\n"
+                 "   cmp x0, x4\n"
+                 "   b.ne 1b\n"
+                 "2:\n"
+                 : "+r"(count), "+r"(found), [guarded] "+Q"(guarded)
+                 :
+                 : "x2", "x3", "x4", "cc", "memory");
+    lock = found;
+  } else {
+    return false;
+  }
+  return lock == 0;
+}
+
+#else
+
+inline one_step step_for(const std::atomic<uint64_t>& /*count*/, const std::mutex& /*mutex*/) {
+  return one_step::none;
+}
+inline bool add_one_if_free(GuardedCount& /*guarded*/, one_step /*step*/) { return false; }
+
+#endif
 
 }  // namespace short_lock

@@ -1,83 +1,116 @@
 #include "sve/client/statistics.h"
 
 #include <pthread.h>
+#include <sys/mman.h>
 #include <sys/single_threaded.h>
 
-#include <algorithm>
 #include <cstdio>
-#include <iterator>
-#include <memory>
 
-#include "sve/client/short_lock.h"
+#include "sve/client/sve_signals.h"
 
-// One section, so that they lie in one cache line: who gets the lock gets the total with it.
-#define WITH_THE_LOCK [[gnu::section(".data.sve_totals")]]
-WITH_THE_LOCK constinit std::mutex icounts_mutex;
-WITH_THE_LOCK alignas(64) constinit std::atomic<uint64_t> sve_instr_count = 0;
-#undef WITH_THE_LOCK
+constinit std::atomic<thread_counts*> sve_thread_counts = nullptr;
 
 namespace {
 
-// Where the entries of recent addresses are: an entry of the map never moves. Guarded by
-// icounts_mutex.
-struct KnownSite {
-  unsigned int* pc;
-  std::atomic<uint64_t>* count;
+// Of a thread that has none: no address is found there, and so none is counted.
+constinit thread_counts no_counts = {};
+
+TAVOK_SIGNAL_SAFE_TLS constinit thread_local thread_counts* own_counts = &no_counts;
+
+constinit thread_counts* free_counts = nullptr;  // guarded by icounts_mutex
+
+size_t place_number(const unsigned int* pc) {
+  return reinterpret_cast<uintptr_t>(pc) / sizeof *pc % thread_counts::places_size;
+}
+
+// Others read a share while its thread counts, whole values: one load or store each, as of an
+// atomic, which would need an instruction more for its address.
+uint64_t count_of(const thread_counts::place& place) {
+  return static_cast<const volatile uint64_t&>(place.count);
+}
+void set_count(thread_counts::place& place, uint64_t count) {
+  static_cast<volatile uint64_t&>(place.count) = count;
+}
+void set_pc(thread_counts::place& place, unsigned int* pc) {
+  static_cast<unsigned int* volatile&>(place.pc) = pc;
+}
+
+// Under the lock.
+void add(std::atomic<uint64_t>& count, uint64_t times) {
+  count.store(count.load(std::memory_order_relaxed) + times, std::memory_order_relaxed);
+}
+
+struct Locked {
+  Locked() {
+    if (!short_lock::try_lock(icounts_mutex)) [[unlikely]]
+      short_lock::lock(icounts_mutex);
+  }
+  ~Locked() {
+    if (!short_lock::try_unlock(icounts_mutex)) [[unlikely]]
+      short_lock::wake(icounts_mutex);
+  }
 };
-constexpr size_t known_sites_size = 1024;
-constinit KnownSite known_sites[known_sites_size] = {};
 
-KnownSite& known_site(unsigned int* pc) {
-  KnownSite* site = &known_sites[reinterpret_cast<uintptr_t>(pc) / sizeof *pc % known_sites_size];
-  asm("" : "+r"(site));  // one address, so that both fields come by one load
-  return *site;
+// The first execution at an address, or after another one has taken its place, or on a thread
+// without a share.
+[[gnu::noinline, gnu::cold]] void count_new_place(unsigned int* pc, uint32_t encoding) {
+  thread_counts& counts = *own_counts;
+  const Locked locked;
+  site_count& site = icounts.try_emplace(pc, encoding, 0).first->second;
+  add(sve_instr_count, 1);
+  if (&counts == &no_counts)
+    return add(site.count, 1);
+  thread_counts::place& place = counts.places[place_number(pc)];
+  if (unsigned int* const displaced = place.pc; displaced != nullptr) {
+    const uint64_t times = place.count;  // for a moment, a reader without the lock misses them
+    set_count(place, 0);
+    add(icounts.find(displaced)->second.count, times);
+  }
+  set_pc(place, pc);
+  set_count(place, 1);
 }
 
-// All changes are made one at a time, and readers without the lock see whole values.
-void add_one(std::atomic<uint64_t>& count) {
-  count.store(count.load(std::memory_order_relaxed) + 1, std::memory_order_relaxed);
+[[gnu::noinline, gnu::cold]] void count_behind_holder(thread_counts::place& place) {
+  const Locked locked;
+  add(sve_instr_count, 1);
+  set_count(place, place.count + 1);
 }
 
-void unlock() {
-  if (!short_lock::try_unlock(icounts_mutex)) [[unlikely]]
-    short_lock::wake(icounts_mutex);
+[[gnu::always_inline]] inline void count_among_threads(thread_counts& counts,
+                                                       thread_counts::place& place) {
+  counts.under_way.store(true, std::memory_order_relaxed);
+  short_lock::order_stores();
+  const bool counted = short_lock::add_one_if_free(*counts.total, counts.step);
+  if (counted) [[likely]]
+    set_count(place, place.count + 1);
+  short_lock::order_stores();
+  counts.under_way.store(false, std::memory_order_relaxed);
+  if (!counted) [[unlikely]]
+    count_behind_holder(place);
 }
 
-// Whether the address was counted lately, and is counted now.
-[[gnu::always_inline]] inline bool count_known_site(unsigned int* pc) {
-  const KnownSite known = known_site(pc);
-  if (known.pc != pc) [[unlikely]]
-    return false;
-  add_one(*known.count);
-  add_one(sve_instr_count);
-  return true;
+// Under the lock, so that no other one begins.
+void wait_for_counts_under_way() {
+  for (const thread_counts* counts = sve_thread_counts; counts != nullptr; counts = counts->next)
+    while (counts->under_way.load(std::memory_order_acquire))
+      ;
 }
 
-// Under the lock, which it gives back.
-[[gnu::noinline]] void count_new_site(unsigned int* pc, uint32_t encoding) {
-  const std::unique_ptr<std::mutex, decltype([](auto*) { unlock(); })> guard(&icounts_mutex);
-  std::atomic<uint64_t>& count = icounts.try_emplace(pc, encoding, 0).first->second.count;
-  known_site(pc) = {pc, &count};
-  add_one(count);
-  add_one(sve_instr_count);
-}
-
-// Under the lock, which it gives back.
-[[gnu::always_inline]] inline void count_and_unlock(unsigned int* pc, uint32_t encoding) {
-  if (!count_known_site(pc)) [[unlikely]]
-    return count_new_site(pc, encoding);
-  unlock();
-}
-
-[[gnu::noinline, gnu::cold]] void update_behind_others(unsigned int* pc, uint32_t encoding) {
-  short_lock::lock(icounts_mutex);
-  count_and_unlock(pc, encoding);
+// In the child of a fork, which has the forking thread alone.
+void free_counts_of_lost_threads() {
+  free_counts = nullptr;
+  for (thread_counts* counts = sve_thread_counts; counts != nullptr; counts = counts->next)
+    if (counts != own_counts) {
+      counts->next_free = free_counts;
+      free_counts = counts;
+    }
 }
 
 }  // namespace
 
 void Sites::clear() {
-  std::fill(std::begin(known_sites), std::end(known_sites), KnownSite{});
+  for (thread_counts* counts = sve_thread_counts; counts != nullptr; counts = counts->next)
+    counts->places = {};
   std::map<unsigned int*, site_count>::clear();
 }
 
@@ -85,20 +118,70 @@ void Sites::clear() {
 // needs no frame. Nobody else can hold the lock, or see that it is not taken, in a process of one
 // thread.
 void update_sve_stats(unsigned int* pc, uint32_t encoding) {
-  if (__libc_single_threaded && count_known_site(pc))
-    return;
-  if (!short_lock::try_lock(icounts_mutex)) [[unlikely]]
-    return update_behind_others(pc, encoding);
-  count_and_unlock(pc, encoding);
+  thread_counts& counts = *own_counts;
+  thread_counts::place* place = &counts.places[place_number(pc)];
+  asm("" : "+r"(place));  // one address, so that both fields come by one load
+  const thread_counts::place known = *place;
+  if (known.pc != pc) [[unlikely]]
+    return count_new_place(pc, encoding);
+  if (!__libc_single_threaded)
+    return count_among_threads(counts, *place);
+  set_count(*place, known.count + 1);
+  counts.total->count = counts.total->count + 1;
+}
+
+uint64_t executions(const Sites::value_type& place) {
+  const auto& [pc, site] = place;
+  uint64_t times = site.count;
+  for (const thread_counts* counts = sve_thread_counts; counts != nullptr; counts = counts->next)
+    if (const thread_counts::place& own = counts->places[place_number(pc)]; own.pc == pc)
+      times += count_of(own);
+  return times;
 }
 
 void dump_sve_stats() {
-  for (const auto& [pc, site] : icounts)
-    fprintf(stderr, "%p: 0x%08x %ld\n", static_cast<void*>(pc), site.encoding,
-            static_cast<long>(site.count.load(std::memory_order_relaxed)));
+  for (const auto& place : icounts)
+    fprintf(stderr, "%p: 0x%08x %ld\n", static_cast<void*>(place.first), place.second.encoding,
+            static_cast<long>(executions(place)));
+}
+
+// Shares are large and mostly empty: fresh pages are only there when they are used.
+void begin_thread_counts() {
+  const Locked locked;
+  if (free_counts != nullptr) {
+    own_counts = free_counts;
+    free_counts = own_counts->next_free;
+    return;
+  }
+  void* const memory = mmap(nullptr, sizeof(thread_counts), PROT_READ | PROT_WRITE,
+                            MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
+  if (memory == MAP_FAILED)
+    return;
+  own_counts = static_cast<thread_counts*>(memory);
+  own_counts->total = reinterpret_cast<short_lock::GuardedCount*>(&sve_instr_count);
+  own_counts->step = short_lock::step_for(sve_instr_count, icounts_mutex);
+  own_counts->next = sve_thread_counts;
+  sve_thread_counts = own_counts;
+}
+
+void end_thread_counts() {
+  if (own_counts == &no_counts)
+    return;
+  const Locked locked;
+  own_counts->next_free = free_counts;
+  free_counts = own_counts;
+  own_counts = &no_counts;
 }
 
 void guard_sve_stats_over_fork() {
-  pthread_atfork([] { icounts_mutex.lock(); }, [] { icounts_mutex.unlock(); },
-                 [] { icounts_mutex.unlock(); });
+  pthread_atfork(
+      [] {
+        icounts_mutex.lock();
+        wait_for_counts_under_way();
+      },
+      [] { icounts_mutex.unlock(); },
+      [] {
+        free_counts_of_lost_threads();
+        icounts_mutex.unlock();
+      });
 }

@@ -47,6 +47,11 @@ uint32_t word_at(const byte* address) {
   return word;
 }
 
+[[gnu::cold]] void report_failure(const byte* pc) {
+  fprintf(stderr, "Error: failed to emulate SVE instruction 0x%08x at PC %p\n", word_at(pc),
+          static_cast<const void*>(pc));
+}
+
 // Called by inserted code, which has stored the other registers and will load them again.
 // Flattened, so that counting is done in its frame.
 [[gnu::flatten]] void emulate_instruction(unsigned int encoding, unsigned char* pc,
@@ -59,10 +64,9 @@ uint32_t word_at(const byte* address) {
   const ptr_uint_t x28 = dr_read_saved_reg(drcontext, slot_of_x28);
   state->x[26] = x26, state->x[27] = x27, state->x[28] = x28;
   if (stub(state, encoding) != aarch64_decode_ok) [[unlikely]]
-    fprintf(stderr, "Error: failed to emulate SVE instruction 0x%08x at PC %p\n", word_at(pc),
-            static_cast<void*>(pc));
-  else
-    update_sve_stats(reinterpret_cast<unsigned int*>(pc), encoding);
+    report_failure(reinterpret_cast<byte*>(state->pc));
+  else  // the address out of the record, so that it needs no register over the call of the stub
+    update_sve_stats(reinterpret_cast<unsigned int*>(state->pc), encoding);
   const ptr_uint_t new_x26 = state->x[26], new_x27 = state->x[27], new_x28 = state->x[28];
   dr_write_saved_reg(drcontext, slot_of_x26, new_x26);
   dr_write_saved_reg(drcontext, slot_of_x27, new_x27);
@@ -119,12 +123,14 @@ void event_thread_init(void* drcontext) {
   auto* const data = static_cast<cpu_state*>(dr_thread_alloc(drcontext, sizeof(cpu_state)));
   drmgr_set_tls_field(drcontext, tls_idx, data);
   list_thread_record(data);
+  begin_thread_counts();
 }
 
 void event_thread_exit(void* drcontext) {
   cpu_state* const data = thread_record(drcontext);
   if (data == nullptr)
     assertion_failure(__LINE__, "data != __null");
+  end_thread_counts();
   unlist_thread_record(data);
   dr_thread_free(drcontext, data, sizeof(cpu_state));
 }

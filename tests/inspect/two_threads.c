@@ -4,7 +4,7 @@
 #include <stdatomic.h>
 
 // Names that tavok has, too.
-long exe = 1, icounts = 2, sve_threads = 3, __start_sve_rows = 4;
+long exe = 1, icounts = 2, sve_threads = 3, __start_sve_rows = 4, sve_thread_counts = 5;
 
 static atomic_int ready;
 static atomic_int over;

@@ -21,6 +21,8 @@ ROW = struct.Struct("<IIQQBB6x")     # value, mask, stub, name, tier, map
 MODULE = struct.Struct("<QQQQ")        # start, end, entry point, path
 THREAD = struct.Struct("<QQq")         # next, record, id
 TREE_NODE = struct.Struct("<QQQQQI4xQ")  # colour, parent, left, right; address, word, count
+PLACE = struct.Struct("<QQ")           # address, count
+PLACES = 1024                          # of a thread's share of the counts, with the next share behind
 TIERS = ("fast", "host_fp", "model", "no_operation")
 ARGUMENT_REGISTERS = {"aarch64": "$x0", "i386:x86-64": "$rdi"}
 INSTRUCTION_BYTES = 4
@@ -204,8 +206,20 @@ def show(text):
 
 # ---- statistics ---------------------------------------------------------------------------------
 
+def counts_in_shares():
+    """By address, what threads have counted."""
+    counts = {}
+    share = read_pointer(Symbols.address("sve_thread_counts"))
+    while share:
+        for address, count in PLACE.iter_unpack(read(share, PLACES * PLACE.size)):
+            counts[address] = counts.get(address, 0) + count
+        share = read_pointer(share + PLACES * PLACE.size)
+    return counts
+
+
 def sites():
     """Address, word and count of each executed place, in the order of addresses."""
+    shares = counts_in_shares()
     header = Symbols.address("icounts") + 8  # behind the comparison, which is empty
 
     def walk(node):
@@ -215,8 +229,8 @@ def sites():
                 fields = TREE_NODE.unpack(read(node, TREE_NODE.size))
                 stack.append(fields)
                 node = fields[2]
-            _, _, _, node, *site = stack.pop()
-            yield site
+            _, _, _, node, address, word, count = stack.pop()
+            yield address, word, count + shares.get(address, 0)
 
     return walk(read_pointer(header + 8))
 
@@ -263,7 +277,8 @@ def app_command(path):
         offset = module.offset(path)
     except OSError as error:
         raise gdb.GdbError("%s: %s" % (path, error.strerror)) from None
-    for name in ("icounts", "sve_threads", "__start_sve_rows", "__stop_sve_rows"):
+    for name in ("icounts", "sve_threads", "sve_thread_counts", "__start_sve_rows",
+                 "__stop_sve_rows"):
         Symbols.address(name)  # before the application's names come
     gdb.execute("add-symbol-file %s -o 0x%x" % (path, offset), to_string=True)
     show("%s at 0x%x to 0x%x\n" % (path, module.start, module.end))
