@@ -43,6 +43,7 @@ bool read_string(uint64_t address, std::string& to) {
 
 // The application's null-terminated list of pointers.
 bool read_pointers(uint64_t address, std::vector<uint64_t>& to) {
+  to.clear();
   for (uint64_t pointer = 1; address != 0 && pointer != 0 && to.size() < kMostArguments;
        address += sizeof pointer) {
     if (core_copy(&pointer, reinterpret_cast<const void*>(address), sizeof pointer) != 0) {
@@ -127,59 +128,68 @@ int64_t execute(Thread& thread, const std::vector<const char*>& arguments, uint6
   return result;
 }
 
-// The launcher's command line for `path`; false if the file is none of ours.
-int64_t follow(Thread& thread, const Call& original, const std::string& path,
-               const std::vector<uint64_t>& arguments, uint64_t environment) {
-  const Program program = inspect(path);
-  const bool script = !program.interpreter.empty();
-  if (!program.ours && !(script && inspect(program.interpreter).ours)) {
+// What an exec is made of. It stays for the thread's next one: a vfork child that succeeds frees
+// nothing, and its memory is its parent's.
+struct Exec {
+  std::string path;
+  std::vector<uint64_t> arguments;  // the application's strings
+  Program program;
+  std::string name, file;
+  std::vector<const char*> line;  // the launcher's command
+};
+thread_local Exec own_exec;
+
+// Goes on under the launcher if the file is for it.
+int64_t follow(Thread& thread, const Call& original, Exec& exec, uint64_t environment) {
+  if (is_own_executable(exec.path.c_str())) {
+    exec.path = paths.application;
+  }
+  exec.program = inspect(exec.path);
+  const bool script = !exec.program.interpreter.empty();
+  if (!exec.program.ours && !(script && inspect(exec.program.interpreter).ours)) {
     return pass_on(thread, original);
   }
-  const std::string file = as_path(script ? program.interpreter : path);
-  std::string name = kNameOption;
-  if (script || arguments.empty()) {
-    name += file;
+  exec.file = as_path(script ? exec.program.interpreter : exec.path);
+  exec.name = kNameOption;
+  if (script || exec.arguments.empty()) {
+    exec.name += exec.file;
   } else {
     std::string given;
-    if (!read_string(arguments[0], given)) {
+    if (!read_string(exec.arguments[0], given)) {
       return -EFAULT;
     }
-    name += given;
+    exec.name += given;
   }
-  std::vector<const char*> line = {"tavok", name.c_str(), "--", file.c_str()};
-  if (script && !program.argument.empty()) {
-    line.push_back(program.argument.c_str());
+  exec.line = {"tavok", exec.name.c_str(), "--", exec.file.c_str()};
+  if (script && !exec.program.argument.empty()) {
+    exec.line.push_back(exec.program.argument.c_str());
   }
   if (script) {
-    line.push_back(path.c_str());
+    exec.line.push_back(exec.path.c_str());
   }
-  for (size_t i = 1; i < arguments.size(); ++i) {
-    line.push_back(reinterpret_cast<const char*>(arguments[i]));
+  for (size_t i = 1; i < exec.arguments.size(); ++i) {
+    exec.line.push_back(reinterpret_cast<const char*>(exec.arguments[i]));
   }
-  line.push_back(nullptr);
-  return execute(thread, line, environment);
-}
-
-std::string own_or(const std::string& path) {
-  return is_own_executable(path.c_str()) ? paths.application : path;
+  exec.line.push_back(nullptr);
+  return execute(thread, exec.line, environment);
 }
 
 }  // namespace
 
 int64_t sys_execve(Thread& thread, const Call& call) {
-  std::string path;
-  std::vector<uint64_t> arguments;
-  if (!read_string(call.arguments[0], path) || !read_pointers(call.arguments[1], arguments)) {
+  Exec& exec = own_exec;
+  if (!read_string(call.arguments[0], exec.path) ||
+      !read_pointers(call.arguments[1], exec.arguments)) {
     return -EFAULT;
   }
-  return follow(thread, call, own_or(path), arguments, call.arguments[2]);
+  return follow(thread, call, exec, call.arguments[2]);
 }
 
 // By a path, or by a descriptor alone: the latter is followed by way of its name.
 int64_t sys_execveat(Thread& thread, const Call& call) {
-  std::string path;
-  std::vector<uint64_t> arguments;
-  if (!read_string(call.arguments[1], path) || !read_pointers(call.arguments[2], arguments)) {
+  Exec& exec = own_exec;
+  std::string& path = exec.path;
+  if (!read_string(call.arguments[1], path) || !read_pointers(call.arguments[2], exec.arguments)) {
     return -EFAULT;
   }
   const int directory = static_cast<int>(call.arguments[0]);
@@ -190,10 +200,10 @@ int64_t sys_execveat(Thread& thread, const Call& call) {
     if (length <= 0) {
       return pass_on(thread, call);
     }
-    const std::string base(name, static_cast<size_t>(length));
-    path = path.empty() ? base : base + "/" + path;
+    path.insert(0, path.empty() ? "" : "/");
+    path.insert(0, name, static_cast<size_t>(length));
   }
-  return follow(thread, call, own_or(path), arguments, call.arguments[3]);
+  return follow(thread, call, exec, call.arguments[3]);
 }
 
 }  // namespace os
