@@ -38,7 +38,7 @@ void dr_write_saved_reg(void* drcontext, dr_spill_slot_t slot, ptr_uint_t value)
 }
 
 void* drmgr_get_tls_field(void* drcontext, int index) {
-  return is_field(index) ? context_of(drcontext).tls[index] : nullptr;
+  return context_of(drcontext).tls[index];
 }
 
 bool drmgr_set_tls_field(void* drcontext, int index, void* value) {

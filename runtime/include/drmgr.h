@@ -34,6 +34,7 @@ DR_API bool drmgr_unregister_bb_app2app_event(drmgr_xform_cb_t func);
 
 // A new field index, -1 if there is none left. Fields of a new thread are null.
 DR_API int drmgr_register_tls_field();
+// Of a field that there is: emulated instructions look their thread's record up by this.
 DR_API void* drmgr_get_tls_field(void* drcontext, int index);
 // False if there is no such field.
 DR_API bool drmgr_set_tls_field(void* drcontext, int index, void* value);
