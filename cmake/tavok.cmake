@@ -6,7 +6,9 @@ target_compile_options(tavok_options INTERFACE
   -Wall -Wextra -Wpedantic -Wshadow -Werror
   # Host arithmetic stands for single architectural operations: never fuse two of them.
   -ffp-contract=off
-  -fno-strict-aliasing)
+  -fno-strict-aliasing
+  # GCC sets one up on AArch64 in every function with a frame. Debuggers have its call frame tables.
+  -fomit-frame-pointer)
 if(TAVOK_SANITIZE)
   target_compile_options(tavok_options INTERFACE
     -fsanitize=address,undefined -fno-sanitize-recover=all -fno-omit-frame-pointer)
