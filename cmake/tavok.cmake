@@ -6,9 +6,7 @@ target_compile_options(tavok_options INTERFACE
   -Wall -Wextra -Wpedantic -Wshadow -Werror
   # Host arithmetic stands for single architectural operations: never fuse two of them.
   -ffp-contract=off
-  -fno-strict-aliasing
-  # GCC sets one up on AArch64 in every function with a frame. Debuggers have its call frame tables.
-  -fomit-frame-pointer)
+  -fno-strict-aliasing)
 if(TAVOK_SANITIZE)
   target_compile_options(tavok_options INTERFACE
     -fsanitize=address,undefined -fno-sanitize-recover=all -fno-omit-frame-pointer)
@@ -52,10 +50,11 @@ endfunction()
 # tavok_joined(<sources>...): what runs for each emulated instruction, and for each instruction of a
 # new block, lies on both sides of the client's interface. These sources are compiled to code, and
 # besides to what link-time optimisation takes: a launcher joins them, and everything else links
-# their code as usual.
+# their code as usual. They do without frame pointers, of which GCC sets one up on AArch64 in each
+# function with a frame; debuggers have the call frame tables.
 function(tavok_joined)
   if(TAVOK_AARCH64 AND CMAKE_CXX_COMPILER_ID STREQUAL GNU)
     set_source_files_properties(${ARGN} PROPERTIES
-      COMPILE_OPTIONS "-flto;-ffat-lto-objects;-mno-outline-atomics")
+      COMPILE_OPTIONS "-flto;-ffat-lto-objects;-mno-outline-atomics;-fomit-frame-pointer")
   endif()
 endfunction()
