@@ -37,9 +37,7 @@ void dr_write_saved_reg(void* drcontext, dr_spill_slot_t slot, ptr_uint_t value)
   slot_of(drcontext, slot) = value;
 }
 
-void* drmgr_get_tls_field(void* drcontext, int index) {
-  return context_of(drcontext).tls[index];
-}
+void* drmgr_get_tls_field(void* drcontext, int index) { return context_of(drcontext).tls[index]; }
 
 bool drmgr_set_tls_field(void* drcontext, int index, void* value) {
   if (!is_field(index)) {
