@@ -7,7 +7,8 @@
 // to wake. The C library also notes owner and number of users beside the word, which mean nothing
 // for this kind of mutex, but it insists that a free one has no owner. So they stay 0 here, and its
 // own functions and these work on one mutex together. With another C library, its functions are all
-// there is.
+// there is. What is guarded can also be a count beside the mutex, which one atomic instruction
+// changes without locking: add_one_if_free.
 #pragma once
 
 #include <pthread.h>

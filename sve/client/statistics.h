@@ -24,7 +24,8 @@ extern Sites icounts;
 
 // A thread's share of the counts of addresses: a cache line that all threads write would go to and
 // fro between them for each instruction. Only its thread changes it. A share stays when its thread
-// ends, and a later thread goes on with it.
+// ends, and a later thread goes on with it. The last two fields are the same in all shares, where
+// they are at hand.
 struct alignas(64) thread_counts {
   struct place {
     unsigned int* pc;
