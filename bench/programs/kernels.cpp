@@ -1,5 +1,6 @@
 // Kernels that a compiler makes, of plain loops or of intrinsics: kernels <name> <rounds> runs one
-// so many times, kernels <name> throughput <threads> measures. Without arguments, lists the names.
+// so many times, kernels <name> throughput <threads> [<asleep>] measures, with so many more threads
+// that only sleep. Without arguments, lists the names.
 #include <arm_sve.h>
 
 #include <algorithm>
@@ -134,8 +135,8 @@ const struct Kernel {
                {"matrix_product", matrix_product}};
 
 // Rounds that all threads together get done in a millisecond, of many short spans of time: what
-// else the machine does spoils some of them.
-void print_throughput(const Kernel& kernel, int threads) {
+// else the machine does spoils some of them. Sleepers make it a process that has other threads.
+void print_throughput(const Kernel& kernel, int threads, int sleepers) {
   struct alignas(256) Progress {
     std::atomic<uint64_t> rounds;
   };
@@ -151,6 +152,8 @@ void print_throughput(const Kernel& kernel, int threads) {
       for (Data data; !over; progress[i].rounds++)
         kernel.run(data);
     });
+  for (int i = 0; i < sleepers; i++)
+    others.emplace_back([&] { over.wait(false); });
   Data data;
   std::vector<double> throughput;
   for (int i = 0; i < warm_up + spans; i++) {
@@ -170,6 +173,7 @@ void print_throughput(const Kernel& kernel, int threads) {
       throughput.push_back(done / passed.count());
   }
   over = true;
+  over.notify_all();
   for (std::thread& other : others)
     other.join();
   std::sort(throughput.begin(), throughput.end());
@@ -184,7 +188,7 @@ int main(int argc, char** argv) {
       puts(kernel.name);
     } else if (strcmp(argv[1], kernel.name) == 0) {
       if (strcmp(argv[2], "throughput") == 0) {
-        print_throughput(kernel, argc > 3 ? atoi(argv[3]) : 1);
+        print_throughput(kernel, argc > 3 ? atoi(argv[3]) : 1, argc > 4 ? atoi(argv[4]) : 0);
         continue;
       }
       Data data;
