@@ -163,7 +163,7 @@ Fragment* build_fragment(Context& context) {
   if (list.calls) {
     keep_restoring_halves(context, list);
   }
-  if (list.calls && optimise_blocks) {
+  if (optimise_blocks) {
     optimise_block(context.arena, list, reinterpret_cast<uint64_t>(&context));
   }
   Fragment* fragment = nullptr;

@@ -109,7 +109,8 @@ uint32_t stub_word() { return enc::stp_x(0, 1, kStolenRegister, CTX_EXIT_X0); }
 
 void patch(Cache& cache, uint32_t offset, uint32_t word) {
   CacheWriter writer(cache, offset, offset + 4);
-  // One store, so that a processor fetches either the old word or the new one.
+  // One store: a signal handler of the thread, whose own the cache is, finds the old word or the
+  // new one.
   __atomic_store_n(code_at(cache, offset), word, __ATOMIC_RELAXED);
 }
 

@@ -28,8 +28,8 @@
 
 namespace core {
 
-// Without an inserted call there is nothing to gain. `context` is the value of X28 while the block
-// runs.
+// A block without an inserted call has nothing to gain and stays as it is. `context` is the value
+// of X28 while the block runs.
 void optimise_block(ir::arena& memory, instrlist_t& list, uint64_t context);
 
 }  // namespace core

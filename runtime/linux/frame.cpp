@@ -25,6 +25,14 @@
 #include "runtime/linux/syscalls.h"
 
 namespace os {
+
+bool on_alternate_stack(const Thread& thread) {
+  const stack_t& stack = thread.signals.alternate;
+  const uint64_t sp = thread.context.sp;
+  const auto begin = reinterpret_cast<uint64_t>(stack.ss_sp);
+  return (stack.ss_flags & SS_DISABLE) == 0 && sp > begin && sp - begin <= stack.ss_size;
+}
+
 namespace {
 
 constexpr uint64_t kStackAlignment = 16;
@@ -38,15 +46,10 @@ struct Frame {
 
 uint64_t align_down(uint64_t address) { return address & ~(kStackAlignment - 1); }
 
-bool is_on(const stack_t& stack, uint64_t sp) {
-  const auto begin = reinterpret_cast<uint64_t>(stack.ss_sp);
-  return (stack.ss_flags & SS_DISABLE) == 0 && sp > begin && sp - begin <= stack.ss_size;
-}
-
 uint64_t frame_top(const Thread& thread, const SignalAction& action) {
   const stack_t& alternate = thread.signals.alternate;
   const bool change = (action.flags & SA_ONSTACK) != 0 && (alternate.ss_flags & SS_DISABLE) == 0 &&
-                      !is_on(alternate, thread.context.sp);
+                      !on_alternate_stack(thread);
   return align_down(change ? reinterpret_cast<uint64_t>(alternate.ss_sp) + alternate.ss_size
                            : thread.context.sp);
 }
@@ -72,7 +75,7 @@ void fill_frame(const Thread& thread, const siginfo_t& info, Frame& frame) {
   std::memset(static_cast<void*>(&frame), 0, sizeof frame);
   frame.info = info;
   frame.context.uc_stack = signals.alternate;
-  if (is_on(signals.alternate, thread.context.sp)) {
+  if (on_alternate_stack(thread)) {
     frame.context.uc_stack.ss_flags = SS_ONSTACK;
   }
   std::memcpy(&frame.context.uc_sigmask, &signals.mask, sizeof signals.mask);

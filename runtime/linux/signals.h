@@ -96,6 +96,9 @@ void raise_fault(Thread& thread, int signal, int code, uint64_t address);
 // Whether a fault reaches a handler of the application.
 bool application_handles(const Thread& thread, int signal);
 
+// Whether the application's SP is on its alternate stack.
+bool on_alternate_stack(const Thread& thread);
+
 // Calls the application's handler: pushes a frame and sets the registers.
 void push_frame(Thread& thread, const SignalAction& action, const siginfo_t& info);
 

@@ -36,11 +36,6 @@ struct SelectMask {
   uint64_t size;
 };
 
-bool is_in_use(const stack_t& stack, uint64_t sp) {
-  const auto begin = reinterpret_cast<uint64_t>(stack.ss_sp);
-  return (stack.ss_flags & SS_DISABLE) == 0 && sp > begin && sp - begin <= stack.ss_size;
-}
-
 // The new alternate stack, checked as the kernel does.
 int64_t check_stack(stack_t& stack) {
   if (stack.ss_flags != 0 && stack.ss_flags != SS_DISABLE && stack.ss_flags != SS_ONSTACK) {
@@ -129,7 +124,7 @@ int64_t sys_sigaltstack(Thread& thread, const Call& call) {
   const uint64_t wanted = call.arguments[0];
   auto* old = reinterpret_cast<void*>(call.arguments[1]);
   stack_t& alternate = thread.signals.alternate;
-  const bool in_use = is_in_use(alternate, thread.context.sp);
+  const bool in_use = on_alternate_stack(thread);
   stack_t before = alternate;
   if (in_use) {
     before.ss_flags |= SS_ONSTACK;

@@ -7,8 +7,6 @@ using namespace model;
 
 namespace {
 
-template <class E> WideInt exact(E x) { return Int(raw(x), esize<E>, is_unsigned<E>); }
-
 // Rounded toward zero; 0 for a divisor of 0. The one overflow wraps.
 template <class E> E divide(E a, E b) {
   return b == 0 ? E{0} : static_cast<E>(exact(a) / exact(b));

@@ -29,7 +29,6 @@ template <class E> uint64_t word(uint64_t x) {
   return is_unsigned<E> ? raw(static_cast<uint32_t>(x)) : raw(static_cast<int32_t>(x));
 }
 
-template <class E> WideInt exact(E x) { return Int(raw(x), esize<E>, is_unsigned<E>); }
 template <class E> uint64_t clamp(WideInt i) { return SatQ(i, esize<E>, is_unsigned<E>).value; }
 
 }  // namespace

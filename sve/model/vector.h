@@ -5,6 +5,7 @@
 #include <type_traits>
 
 #include "sve/model/context.h"
+#include "sve/model/wide_integer.h"
 
 namespace model {
 
@@ -39,6 +40,8 @@ inline constexpr unsigned segment_bytes = 16;
 
 // The low bits of any integer, sign-extended if it is signed: arithmetic on them wraps.
 template <class E> constexpr uint64_t raw(E x) { return static_cast<uint64_t>(x); }
+// Its value, for arithmetic that never wraps.
+template <class E> constexpr WideInt exact(E x) { return Int(raw(x), esize<E>, is_unsigned<E>); }
 
 inline unsigned vector_bytes(const CpuContext* context) { return context->vl * 8; }
 inline unsigned segments(const CpuContext* context) { return context->vl / 2; }
