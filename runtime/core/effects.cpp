@@ -138,10 +138,11 @@ Effect status_move(uint32_t word) {
   return effect;
 }
 
-// What the callee's convention keeps passes by, and so do SP and X28; X26 and X27 are lost in the
-// switch of stacks. FPCR and FPSR are in force in the callee.
+// What the callee's convention keeps passes by, and so do SP and X28; X26 is lost in the switch of
+// stacks. FPCR and FPSR are in force in the callee.
 Effect call() {
-  constexpr uint32_t kKept = 0x7f << 19 | bit(29) | bit(ir::stolen_register) | bit(kThirtyOne);
+  constexpr uint32_t kKept =
+      0x7f << 19 | bit(27) | bit(29) | bit(ir::stolen_register) | bit(kThirtyOne);
   constexpr uint32_t kKeptVectors = 0xff << 8;  // their lower halves
   Effect effect;
   effect.action = Action::call;

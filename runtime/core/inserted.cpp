@@ -34,17 +34,18 @@ bool is_movk(const instr_t& instr) { return (instr.word & 0xff800000) == 0xf2800
 
 }  // namespace
 
-// The inserted code around the call has saved everything, and X26 and X27 are dead.
+// The inserted code around the call has saved everything, and X26 is dead. So are the registers
+// that the callee need not keep; the others it has as they were, too.
 //
 //   ADR X16, constants;  STR X16, call         tells the signal handler where the thread is
 //   LDP X0, X1, [X16];  LDP X2, X16, [X16, #16]    arguments and callee
-//   MOV X26, SP;  LDR X27, runtime's stack;  MOV SP, X27
+//   MOV X26, SP;  LDR X17, runtime's stack;  MOV SP, X17
 //   BLR X16
 //   MOV SP, X26
 //
 // Between calls that stand close together SP stays as it is, and its value waits in the context.
 void emit_call(Emitter& to, const instr_t& instr) {
-  constexpr unsigned kCallee = 16, kSavedSp = 26, kWork = 27;
+  constexpr unsigned kCallee = 16, kWork = 17, kSavedSp = 26;
   static_assert(ir::max_call_arguments == 3);
   const bool stay = another_call_follows(instr);
   to.constants.push_back({static_cast<uint32_t>(to.words.size()), &instr.call});

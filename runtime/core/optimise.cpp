@@ -74,7 +74,7 @@ size_t see(Steps& steps, size_t at, Values& values) {
     values.forget_all();
     break;
   case Action::call:
-    values.call();
+    values.call(step.effect.writes.general);
     break;
   case Action::compute:
   case Action::insert:

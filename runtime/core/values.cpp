@@ -50,10 +50,14 @@ void Values::forget_all() {
   constants_[ir::stolen_register] = {context_, true};
 }
 
-void Values::call() {
-  const Value stack = general_[ir::sp];
-  forget_all();
-  general_[ir::sp] = stack;
+void Values::call(uint32_t lost) {
+  memory_.clear();
+  for (unsigned reg = 0; reg < std::size(general_); ++reg) {
+    if ((lost >> reg & 1) != 0) {
+      forget(reg);
+    }
+    vectors_[reg] = fresh();
+  }
 }
 
 void Values::forget(unsigned reg) {

@@ -39,8 +39,8 @@ public:
 
   void forget_all();
   void forget_memory() { memory_.clear(); }
-  // What a call leaves: SP and X28.
-  void call();
+  // A call, which leaves the general registers out of `lost` as they are.
+  void call(uint32_t lost);
   void forget(unsigned reg);
 
   // These four tell whether they change nothing.

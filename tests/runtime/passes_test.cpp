@@ -113,7 +113,7 @@ struct machine {
     }
     write(slots + number % 3 * 8, mix(seen.back(), 9));
     for (unsigned i = 0; i < 32; ++i) {
-      const bool kept = (i >= 19 && i <= 25) || i == 28 || i == 29 || i == 31;
+      const bool kept = (i >= 19 && i != 26 && i != 30);
       x[i] = kept ? x[i] : mix(number, 400 + i);
       q[i][0] = i >= 8 && i <= 15 ? q[i][0] : mix(number, 500 + i);
       q[i][1] = mix(number, 600 + i);
