@@ -11,6 +11,7 @@
 #include "runtime/core/emit.h"
 #include "runtime/core/entry.h"
 #include "runtime/core/fatal.h"
+#include "runtime/core/loop.h"
 #include "runtime/core/optimise.h"
 #include "runtime/core/predict.h"
 #include "runtime/ir/decode.h"
@@ -128,9 +129,15 @@ void keep_restoring_halves(Context& context, instrlist_t& list) {
   forget(emitter.cache, emitter.fragment);
 }
 
-void emit_block(Emitter& emitter, const instrlist_t& list) {
+void emit_block(Emitter& emitter, const instrlist_t& list, const Loop& loop) {
   bool ended = false;
+  uint32_t body = 0;
   for (const instr_t* instr = list.first; instr != nullptr;) {
+    if (instr == loop.body) {
+      body = emitter.offset();
+    } else if (instr == loop.out) {
+      emit_way_round(emitter, loop, body);
+    }
     const instr_t* const behind = instr->plain      ? emit_plain_instructions(emitter, instr)
                                   : optimise_blocks ? emit_inserted_constant(emitter, instr)
                                                     : instr;
@@ -163,8 +170,10 @@ Fragment* build_fragment(Context& context) {
   if (list.calls) {
     keep_restoring_halves(context, list);
   }
-  if (optimise_blocks) {
+  Loop loop;
+  if (list.calls && optimise_blocks) {
     optimise_block(context.arena, list, reinterpret_cast<uint64_t>(&context));
+    loop = find_loop(list, context.pc, reinterpret_cast<uint64_t>(&context));
   }
   Fragment* fragment = nullptr;
   for (int attempt = 0; attempt < 2 && fragment == nullptr; ++attempt) {
@@ -173,7 +182,7 @@ Fragment* build_fragment(Context& context) {
       context.last_exit = EXIT_NONE;
     }
     Emitter emitter(context, context.pc, behind, list.calls);
-    emit_block(emitter, list);
+    emit_block(emitter, list, loop);
     fragment = finish(emitter);
   }
   ir::clear(context.arena, list);

@@ -151,11 +151,31 @@ Effect call() {
   return effect;
 }
 
+// In ADD and SUB immediate 31 is SP, but for the target of CMP and CMN; elsewhere the zero
+// register.
+bool is_add_immediate(uint32_t word) { return (word & 0x1f000000) == 0x11000000; }
+
+bool sets_flags(uint32_t word) {
+  const unsigned op = word >> 29 & 3;
+  const bool arithmetic = (word & 0x1f000000) == 0x11000000 || (word & 0x1f200000) == 0x0b000000;
+  const bool logic = (word & 0x1f000000) == 0x0a000000;
+  return (arithmetic && (op & 1) != 0) || (logic && op == 3);
+}
+
+bool reads_flags(uint32_t word) { return (word & 0x1fe00000) == 0x1a800000; }
+
+// All that the word names counts as read.
 Effect compute(uint32_t word) {
+  const bool immediate = is_add_immediate(word);
+  const uint8_t set = sets_flags(word) ? status_nzcv : 0,
+                read = reads_flags(word) ? status_nzcv : 0;
+  const uint32_t sp_read = immediate && ir::field_n(word) == kThirtyOne ? bit(kThirtyOne) : 0;
   Effect effect;
   effect.action = Action::compute;
   effect.target = static_cast<uint8_t>(ir::field_t(word));
-  effect.reads = {ir::named_registers(word), 0, status_nzcv};
+  effect.reads = {(ir::named_registers(word) & ~bit(kThirtyOne)) | sp_read, 0, read};
+  effect.writes = {immediate && set == 0 ? bit(effect.target) : register_bit(effect.target), 0,
+                   set};
   return effect;
 }
 

@@ -5,6 +5,7 @@
 
 #include "runtime/core/cache.h"
 #include "runtime/core/context.h"
+#include "runtime/core/loop.h"
 
 namespace core {
 
@@ -43,6 +44,9 @@ void emit_call(Emitter& emitter, const instr_t& instr);
 // The inserted MOVZ and MOVKs of a constant that begins here, as one load; returns the instruction
 // behind them, or this one if none begins.
 const instr_t* emit_inserted_constant(Emitter& emitter, const instr_t* instr);
+// The way from the last call of a loop to its `body`, an offset, in front of its last restoring
+// half.
+void emit_way_round(Emitter& emitter, const Loop& loop, uint32_t body);
 // The application's instructions from this one on that need no rewriting; returns the one behind
 // them.
 const instr_t* emit_plain_instructions(Emitter& emitter, const instr_t* instr);

@@ -1,6 +1,7 @@
 // What the client inserted: calls, and constants that take several words.
 #include "runtime/core/effects.h"
 #include "runtime/core/emit.h"
+#include "runtime/ir/decode.h"
 #include "runtime/ir/encode.h"
 
 namespace core {
@@ -70,6 +71,26 @@ void emit_call(Emitter& to, const instr_t& instr) {
     to.emit(enc::add_imm(ir::sp, kSavedSp, 0));
   }
   to.on_runtime_stack = stay;
+}
+
+void emit_way_round(Emitter& to, const Loop& loop, uint32_t body) {
+  const auto emit_all = [&](const std::vector<uint32_t>& words) {
+    for (const uint32_t word : words) {
+      to.emit(word);
+    }
+  };
+  need_context(to);
+  emit_all(loop.decide);
+  const uint32_t branch = to.offset();
+  to.emit(0);
+  load_field(to, kPendingRegister, CTX_PENDING);
+  const uint32_t look = to.offset();
+  to.emit(0);
+  emit_all(loop.again);
+  to.emit(enc::b(int64_t{body} - int64_t{to.offset()}));
+  const uint32_t out = to.offset();
+  to.word_at(branch) = ir::inverted_branch(loop.branch, int64_t{out} - int64_t{branch});
+  to.word_at(look) = enc::cbnz_x(kPendingRegister, int64_t{out} - int64_t{look});
 }
 
 const instr_t* emit_inserted_constant(Emitter& to, const instr_t* instr) {

@@ -28,8 +28,8 @@
 
 namespace core {
 
-// A block without an inserted call has nothing to gain and stays as it is. `context` is the value
-// of X28 while the block runs.
+// For blocks with inserted calls: others have nothing to gain. `context` is the value of X28 while
+// the block runs.
 void optimise_block(ir::arena& memory, instrlist_t& list, uint64_t context);
 
 }  // namespace core
