@@ -86,15 +86,6 @@ template <class Native = pthread_mutex_t> bool try_unlock(std::mutex& mutex) {
     return false;
 }
 
-// What the thread stores before is seen by whoever sees what it stores afterwards.
-[[gnu::always_inline]] inline void order_stores() {
-#ifdef __aarch64__
-  asm volatile("dmb ishst" ::: "memory");
-#else
-  std::atomic_thread_fence(std::memory_order_release);
-#endif
-}
-
 // How a count is changed together with a look at the mutex that guards it: by two registers that
 // are loaded and stored exclusively or, with large-system atomics, compared and swapped.
 enum class one_step : uint8_t { exclusive, swap, none };

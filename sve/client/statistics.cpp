@@ -76,34 +76,22 @@ struct Locked {
   set_count(place, place.count + 1);
 }
 
-[[gnu::always_inline]] inline void count_among_threads(thread_counts& counts,
-                                                       thread_counts::place& place) {
-  counts.under_way.store(true, std::memory_order_relaxed);
-  short_lock::order_stores();
-  const bool counted = short_lock::add_one_if_free(*counts.total, counts.step);
-  if (counted) [[likely]]
-    set_count(place, place.count + 1);
-  short_lock::order_stores();
-  counts.under_way.store(false, std::memory_order_relaxed);
-  if (!counted) [[unlikely]]
-    count_behind_holder(place);
-}
-
-// Under the lock, so that no other one begins.
-void wait_for_counts_under_way() {
-  for (const thread_counts* counts = sve_thread_counts; counts != nullptr; counts = counts->next)
-    while (counts->under_way.load(std::memory_order_acquire))
-      ;
-}
-
-// In the child of a fork, which has the forking thread alone.
-void free_counts_of_lost_threads() {
+// In the child of a fork, which has the forking thread alone. Another one may have been lost
+// between total and place: what its place does not have is not counted.
+void take_over_counts() {
+  uint64_t total = 0;
+  for (const auto& [pc, site] : icounts)
+    total += site.count;
   free_counts = nullptr;
-  for (thread_counts* counts = sve_thread_counts; counts != nullptr; counts = counts->next)
+  for (thread_counts* counts = sve_thread_counts; counts != nullptr; counts = counts->next) {
+    for (const thread_counts::place& place : counts->places)
+      total += place.count;
     if (counts != own_counts) {
       counts->next_free = free_counts;
       free_counts = counts;
     }
+  }
+  sve_instr_count = total;
 }
 
 }  // namespace
@@ -124,10 +112,11 @@ void update_sve_stats(unsigned int* pc, uint32_t encoding) {
   const thread_counts::place known = *place;
   if (known.pc != pc) [[unlikely]]
     return count_new_place(pc, encoding);
-  if (!__libc_single_threaded)
-    return count_among_threads(counts, *place);
+  if (__libc_single_threaded)
+    counts.total->count = counts.total->count + 1;
+  else if (!short_lock::add_one_if_free(*counts.total, counts.step)) [[unlikely]]
+    return count_behind_holder(*place);
   set_count(*place, known.count + 1);
-  counts.total->count = counts.total->count + 1;
 }
 
 uint64_t executions(const Sites::value_type& place) {
@@ -174,14 +163,9 @@ void end_thread_counts() {
 }
 
 void guard_sve_stats_over_fork() {
-  pthread_atfork(
-      [] {
-        icounts_mutex.lock();
-        wait_for_counts_under_way();
-      },
-      [] { icounts_mutex.unlock(); },
-      [] {
-        free_counts_of_lost_threads();
-        icounts_mutex.unlock();
-      });
+  pthread_atfork([] { icounts_mutex.lock(); }, [] { icounts_mutex.unlock(); },
+                 [] {
+                   take_over_counts();
+                   icounts_mutex.unlock();
+                 });
 }

@@ -35,7 +35,6 @@ struct alignas(64) thread_counts {
   std::array<place, places_size> places;
   thread_counts* next;              // in sve_thread_counts
   thread_counts* next_free;         // among those without a thread
-  std::atomic<bool> under_way;      // an execution that the total may have and its place may not
   short_lock::one_step step;        // to count in the total while the process has other threads
   short_lock::GuardedCount* total;  // the mutex is behind it only if there is a step
 };
@@ -68,6 +67,6 @@ void update_sve_stats(unsigned int* pc, uint32_t encoding);
 void begin_thread_counts();
 void end_thread_counts();
 
-// Makes a fork by another thread wait for updates in progress, so that the child has exact counts
-// and can count on. Once, when the library is loaded.
+// Gives the child of a fork exact counts, and a lock that no lost thread holds, so that it can
+// count on. Once, when the library is loaded.
 void guard_sve_stats_over_fork();
