@@ -70,22 +70,29 @@ uint64_t registers(const uint32_t* a) {
 // An emulated instruction whose result is the given register, among them the ones that the
 // exchange with the emulation treats in its own way.
 #define READS_INTO(number)                                                                         \
-  {                                                                                                \
+  do {                                                                                             \
     uint64_t result;                                                                               \
     asm volatile("cntb x" #number ", mul3, mul #2\n\tmov %0, x" #number                            \
                  : "=r"(result)                                                                    \
                  :                                                                                 \
                  : "x" #number);                                                                   \
     sum = sum * 3 + result;                                                                        \
-  }
+  } while (0)
 
 uint64_t every_register() {
   uint64_t sum = 0;
-  READS_INTO(0)
-  READS_INTO(1)
-  READS_INTO(17)
-  READS_INTO(20) READS_INTO(21) READS_INTO(22) READS_INTO(25) READS_INTO(26) READS_INTO(27)
-      READS_INTO(28) READS_INTO(30) return sum;
+  READS_INTO(0);
+  READS_INTO(1);
+  READS_INTO(17);
+  READS_INTO(20);
+  READS_INTO(21);
+  READS_INTO(22);
+  READS_INTO(25);
+  READS_INTO(26);
+  READS_INTO(27);
+  READS_INTO(28);
+  READS_INTO(30);
+  return sum;
 }
 
 #else

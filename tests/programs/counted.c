@@ -28,9 +28,7 @@ static void* on_a_thread(void* unused) {
 static _Thread_local sigjmp_buf behind_the_fault;
 static pthread_barrier_t faults_over;
 
-static void leave_fault(int signal) {
-  siglongjmp(behind_the_fault, signal);
-}
+static void leave_fault(int signal) { siglongjmp(behind_the_fault, signal); }
 
 // Stays alive when the process ends, with blocks behind it that it has not ended.
 static void* fault(void* unused) {
