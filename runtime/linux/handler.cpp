@@ -1,4 +1,6 @@
-// What happens when the kernel interrupts a thread. Nothing here takes a lock or allocates.
+// What happens when the kernel interrupts a thread. Nothing here allocates. The one lock, that of
+// the thread's cache, is taken where the interrupted code cannot hold it: in the cache, or in a
+// call.
 //
 //   where the thread is           asynchronous signal               synchronous fault
 //   -------------------------     ------------------------------    ------------------------------
@@ -8,9 +10,10 @@
 //   about to make a call          to os_call_bail                   -
 //   a fragment, between two       registers to the context, and     registers to the context, and
 //   instructions                  to core_enter_bail                to core_enter_bail
-//   a fragment, elsewhere         its exits are unlinked            -
-//   clean call                    exits of its fragment unlinked    the client's action; else the
-//                                                                   restoring half of the call runs
+//   a fragment without calls,     its exits are unlinked            -
+//   elsewhere
+//   a fragment with calls, or     goes on, and sees `pending` at    the client's action; else the
+//   a call of one                 its exits and between rounds      restoring half of the call runs
 #include "runtime/linux/handler.h"
 
 #include <asm/sigcontext.h>

@@ -8,7 +8,7 @@
         .text
 
         .macro  begin name
-        .global \name, \name\()_start, \name\()_end
+        .global \name, \name\()_start, \name\()_end, \name\()_behind
         .type   \name, %function
         .p2align 2
 \name:
@@ -37,6 +37,7 @@
         orr     x0, x0, x1
         ldp     x26, x28, [sp], #16
         ret
+\name\()_behind:
         .endm
 
         begin   by_element

@@ -2,6 +2,7 @@
 // but in the emulation: a signal, or a fault of a later round, must find them all the same, and
 // what the handler changes must be what the loop goes on with.
 #define _GNU_SOURCE
+#include <pthread.h>
 #include <signal.h>
 #include <stdint.h>
 #include <stdio.h>
@@ -9,10 +10,12 @@
 #include <sys/mman.h>
 #include <sys/time.h>
 #include <ucontext.h>
+#include <unistd.h>
 
 // rounds.S. Each returns 0 if its registers fit together at the end.
 uint64_t by_element(const void*), by_comparison(const void*), by_register(const void*),
     with_fault(const void*);
+extern const char by_comparison_behind[];
 extern const char by_element_start[], by_element_end[], by_comparison_start[], by_comparison_end[],
     by_register_start[], by_register_end[], faulting_load[];
 
@@ -66,6 +69,29 @@ static void mend(int number, siginfo_t* info, void* context) {
     machine->regs[4] = 0;
 }
 
+static void* run_copy(void* code) {
+  return (void*)((uint64_t(*)(const void*))(uintptr_t)code)(NULL);
+}
+
+// Another thread takes the branch out of a loop that runs. Returns what the loop does.
+static uint64_t change(void) {
+  enum { NOP = 0xd503201f };
+  const char* const from = (const char*)(uintptr_t)by_comparison;
+  const size_t size = by_comparison_behind - from, branch = by_comparison_end - from - 4;
+  char* const code =
+      mmap(NULL, ROOM, PROT_READ | PROT_WRITE | PROT_EXEC, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
+  memcpy(code, from, size);
+  __builtin___clear_cache(code, code + size);
+  pthread_t thread;
+  pthread_create(&thread, NULL, run_copy, code);
+  usleep(20000);
+  *(uint32_t*)(code + branch) = NOP;
+  __builtin___clear_cache(code + branch, code + branch + 4);
+  void* result;
+  pthread_join(thread, &result);
+  return (uint64_t)result;
+}
+
 int main(void) {
   struct sigaction action = {.sa_flags = SA_SIGINFO};
   action.sa_sigaction = interrupt;
@@ -84,7 +110,7 @@ int main(void) {
   sigaction(SIGSEGV, &action, NULL);
   page = mmap(NULL, 2 * ROOM, PROT_READ, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
   mprotect(page + ROOM, ROOM, PROT_NONE);
-  apart |= with_fault(page);
+  apart |= with_fault(page) | change();
   printf("%d faults, %d wrong, %d apart at the end\n", faults, wrong, apart != 0);
   return wrong != 0 || apart != 0;
 }
