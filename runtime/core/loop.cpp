@@ -113,10 +113,8 @@ void find_addresses(Steps& steps, uint64_t context) {
 }
 
 // Drops what the first `halves` steps of the way do in vain; returns what they read. What is known
-// at the end of the block's first round holds for all: memory is told after the last call, and in a
-// register that the calls keep is what was there before the round. That is there in the next round,
-// too, if what is read of it at all is not only written by the last restoring half: behind the way
-// stands the half as it is, but the next round goes the shorter way.
+// at `out` in the first round holds in all: of memory only what is behind the last call, and of the
+// registers those that calls keep, which the way leaves as they are or as the saving half does.
 StateSet shorten(Steps& way, size_t halves, const Parts& parts, uint64_t context) {
   Values values(context);
   Steps round = parts.steps;
@@ -146,7 +144,8 @@ Loop find_loop(const instrlist_t& list, uint64_t tag, uint64_t context) {
   Loop loop;
   StateSet changed = {uint32_t{1} << kPendingRegister};
   const StateSet behind = read_by(parts.steps, parts.out, parts.branch);
-  StateSet lost = read;  // what the next round asks for, and the way has not kept for it
+  // What the way reads and the restoring half does not: nothing keeps it for the next way.
+  StateSet lost = read;
   lost.remove(behind);
   if (!find_decision(parts, loop.decide, changed) || changed.meets(read) || changed.meets(behind) ||
       lost.meets(all_state)) {
