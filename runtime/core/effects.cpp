@@ -157,7 +157,7 @@ bool is_add_immediate(uint32_t word) { return (word & 0x1f000000) == 0x11000000;
 
 bool sets_flags(uint32_t word) {
   const unsigned op = word >> 29 & 3;
-  const bool arithmetic = (word & 0x1f000000) == 0x11000000 || (word & 0x1f200000) == 0x0b000000;
+  const bool arithmetic = is_add_immediate(word) || (word & 0x1f200000) == 0x0b000000;
   const bool logic = (word & 0x1f000000) == 0x0a000000;
   return (arithmetic && (op & 1) != 0) || (logic && op == 3);
 }

@@ -14,6 +14,8 @@ namespace {
 struct Parts {
   Steps steps;
   size_t body = 0, out = 0, branch = 0;
+
+  size_t halves() const { return branch - out + body; }  // steps of the first and the last part
 };
 
 bool branches_to(const instr_t& instr, uint64_t tag) {
@@ -95,10 +97,9 @@ Steps way_round(const Parts& parts, std::vector<instr_t>& instrs) {
   const Steps& steps = parts.steps;
   Steps way(steps.begin() + static_cast<ptrdiff_t>(parts.out), steps.end() - 1);
   way.insert(way.end(), steps.begin(), steps.end() - 1);
-  const size_t halves = parts.branch - parts.out + parts.body;
   instrs.reserve(way.size());
   for (size_t at = 0; at < way.size(); ++at) {
-    way[at].kept = at >= halves;
+    way[at].kept = at >= parts.halves();
     way[at].instr = &instrs.emplace_back(*way[at].instr);
   }
   return way;
@@ -112,14 +113,14 @@ void find_addresses(Steps& steps, uint64_t context) {
   }
 }
 
-// Drops what the first `halves` steps of the way do in vain; returns what they read. What is known
+// Drops what the halves of the way do in vain; returns what they read. What is known
 // at `out` in the first round holds in all: of memory only what is behind the last call, and of the
 // registers those that calls keep, which the way leaves as they are or as the saving half does.
-StateSet shorten(Steps& way, size_t halves, const Parts& parts, uint64_t context) {
+StateSet shorten(Steps& way, const Parts& parts, uint64_t context) {
   Values values(context);
   Steps round = parts.steps;
   drop_repetitions(round, 0, parts.out, values);
-  drop_repetitions(way, 0, halves, values);
+  drop_repetitions(way, 0, parts.halves(), values);
   return drop_unread(way, context);
 }
 
@@ -133,11 +134,10 @@ Loop find_loop(const instrlist_t& list, uint64_t tag, uint64_t context) {
   find_addresses(parts.steps, context);
   std::vector<instr_t> instrs;
   Steps way = way_round(parts, instrs);
-  const size_t halves = parts.branch - parts.out + parts.body;
   StateSet read;
   // Twice: a constant may be a repetition once what stood in its way is gone.
   for (int i = 0; i < 2; ++i) {
-    read = shorten(way, halves, parts, context);
+    read = shorten(way, parts, context);
   }
   mask_flags(way);
 
@@ -152,7 +152,7 @@ Loop find_loop(const instrlist_t& list, uint64_t tag, uint64_t context) {
     return {};
   }
   std::reverse(loop.decide.begin(), loop.decide.end());
-  for (size_t at = 0; at < halves; ++at) {
+  for (size_t at = 0; at < parts.halves(); ++at) {
     if (!way[at].dropped) {
       loop.again.push_back(way[at].instr->word);
     }
