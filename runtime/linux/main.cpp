@@ -25,6 +25,9 @@
 #include "runtime/linux/stack.h"
 #include "runtime/linux/syscalls.h"
 
+// What a client exports that lets libraries alone unless it is told otherwise.
+extern "C" __attribute__((weak)) extern bool sve_in_libraries;
+
 namespace os {
 namespace {
 
@@ -138,6 +141,9 @@ int launch(int argc, char** argv, char** environment) {
   }
   core::optimise_blocks = options.optimise;
   core::predict_branches = options.predict;
+  if (&sve_in_libraries != nullptr) {
+    sve_in_libraries = !options.only_program;
+  }
   if (options.profile != nullptr) {
     if (const char* reason = request_profile(options.profile)) {
       refuse(options.profile, reason, kUsageStatus);

@@ -72,6 +72,8 @@ Options read_options(int argc, char** argv) {
       options.optimise = false;
     } else if (argument == kForgetfulOption) {
       options.predict = false;
+    } else if (argument == kOnlyProgramOption) {
+      options.only_program = true;
     } else {
       options.client.push_back(argv[at]);
     }

@@ -14,6 +14,9 @@ inline constexpr char kNameOption[] = "--argv0=";
 inline constexpr char kPlainOption[] = "--no-optimise";
 inline constexpr char kForgetfulOption[] = "--no-predict";
 
+// Libraries are left alone: their SVE instructions are illegal.
+inline constexpr char kOnlyProgramOption[] = "--only-program";
+
 // A file for the client's table of executed places.
 inline constexpr char kProfileOption[] = "--profile=";
 
@@ -27,6 +30,7 @@ struct Options {
   const char* name = nullptr;       // argv[0] of the application if it is not its file
   bool optimise = true;
   bool predict = true;
+  bool only_program = false;
   const char* profile = nullptr;  // where the profile goes, null: none is written
   char** application = nullptr;   // the application and its arguments, null-terminated
   int status = -1;                // not negative: nothing is left to do but to exit with this

@@ -12,6 +12,7 @@
 #include "sve/client/exports.h"
 #include "sve/client/inserted_code.h"
 #include "sve/client/statistics.h"
+#include "sve/client/switches.h"
 #include "sve/client/thread_records.h"
 
 extern "C" {
@@ -87,8 +88,10 @@ void rewrite_instruction(const insertion_point& point, decode_stub stub) {
   instr_destroy(point.drcontext, point.where);
 }
 
-// Emulated are the executable and code outside all modules; shared libraries are left alone.
-bool in_other_module(app_pc address) {
+// Without the switch shared libraries are left alone.
+bool is_out_of_scope(app_pc address) {
+  if (sve_in_libraries)
+    return false;
   module_data_t* const module = dr_lookup_module(address);
   if (module == nullptr)
     return false;
@@ -99,7 +102,7 @@ bool in_other_module(app_pc address) {
 
 dr_emit_flags_t event_instruction_change(void* drcontext, void* tag, instrlist_t* bb,
                                          bool /*for_trace*/, bool /*translating*/) {
-  if (in_other_module(dr_fragment_app_pc(tag)))
+  if (is_out_of_scope(dr_fragment_app_pc(tag)))
     return DR_EMIT_DEFAULT;
   cpu_state* const record = thread_record(drcontext);
   uint64_t others = 0;

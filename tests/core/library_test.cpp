@@ -20,13 +20,14 @@ namespace {
 using Names = std::set<std::string>;
 
 const Names exported = {
-    "dr_client_main", "_USES_DR_VERSION_",
-    "is_sve",         "execute_sve_instruction",
-    "dump_state",     "info_all_registers",
-    "dump_sve_stats", "sve_instr_count",
-    "icounts_mutex",  "exe",
-    "sveFaultJB",     "SVEFaultRegion",
-    "cpu_ctxt",       "ctxt",
+    "dr_client_main",   "_USES_DR_VERSION_",
+    "is_sve",           "execute_sve_instruction",
+    "dump_state",       "info_all_registers",
+    "dump_sve_stats",   "sve_instr_count",
+    "icounts_mutex",    "exe",
+    "sveFaultJB",       "SVEFaultRegion",
+    "cpu_ctxt",         "ctxt",
+    "sve_in_libraries", "sve_faults_as_hardware",
 };
 
 struct DynamicSymbols {

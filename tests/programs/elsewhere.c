@@ -1,7 +1,6 @@
-// The same SVE function in three places: elsewhere here | memory | library. In the program itself
-// and in memory that the program fills with code it runs; in a shared library it stays as it is,
-// so that a processor without SVE refuses it. elsewhere fault: in the program, and with no memory
-// to load from.
+// The same SVE function in three places: elsewhere here | memory | library. In the program itself,
+// in memory that the program fills with code it runs, and in a shared library. elsewhere fault: in
+// the program, and with no memory to load from.
 #include <stdint.h>
 #include <stdio.h>
 #include <string.h>
