@@ -26,7 +26,9 @@
 #include "runtime/linux/syscalls.h"
 
 // What a client exports that lets libraries alone unless it is told otherwise.
-extern "C" __attribute__((weak)) extern bool sve_in_libraries;
+extern "C" {
+__attribute__((weak)) extern bool sve_in_libraries;
+}
 
 namespace os {
 namespace {
