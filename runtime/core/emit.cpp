@@ -4,6 +4,7 @@
 #include "runtime/core/emit.h"
 
 #include "runtime/core/fatal.h"
+#include "runtime/core/identification.h"
 #include "runtime/core/predict.h"
 #include "runtime/ir/decode.h"
 #include "runtime/ir/encode.h"
@@ -135,10 +136,15 @@ void emit_straight(Emitter& to, uint32_t word, uint64_t pc) {
   case ir::pc_relative::none:
     break;
   }
+  uint64_t shown;
   if (is_system_register(word, ir::sys_tpidr_el0)) {
     emit_thread_pointer(to, word);
-  } else if (is_system_register(word, ir::sys_ctr_el0) && ir::is_mrs(word)) {
-    emit_value(to, ir::field_t(word), application_ctr());
+  } else if (ir::is_mrs(word) && shown_register(ir::system_register_of(word), shown)) {
+    emit_value(to, ir::field_t(word), shown);
+  } else if (ir::is_scalable(word) || ir::is_streaming(word)) {
+    // What the client did not replace is undefined, also where the host could execute it.
+    mark(to, pc);
+    to.emit(enc::udf(0));
   } else {
     emit_plain(to, word, pc);
   }
@@ -336,15 +342,6 @@ bool emit_application(Emitter& to, uint32_t word, uint64_t pc) {
 }
 
 }  // namespace
-
-uint64_t application_ctr() {
-  // With DIC set a program need not execute IC IVAU when it writes code, and the runtime would not
-  // hear of it.
-  constexpr uint64_t kDic = uint64_t{1} << 29;
-  uint64_t value;
-  asm("mrs %0, ctr_el0" : "=r"(value));
-  return value & ~kDic;
-}
 
 Emitter::Emitter(Context& owner, uint64_t tag, uint64_t end, bool calls)
     : cache(*owner.cache), context(reinterpret_cast<uint64_t>(&owner)),

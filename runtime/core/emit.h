@@ -81,7 +81,4 @@ Fragment* finish(Emitter& emitter);
 // Takes back what the tables hold of a fragment that is not to be.
 void forget(Cache& cache, const Fragment& fragment);
 
-// The value that the application sees in CTR_EL0.
-uint64_t application_ctr();
-
 }  // namespace core

@@ -105,6 +105,14 @@ bool branch_reaches(std::uint32_t word, std::int64_t offset) {
   return offset >= -limit && offset < limit;
 }
 
+bool is_streaming(std::uint32_t word) {
+  const bool data = (word & 0x9e000000) == 0x80000000;
+  const bool start_or_stop = (word & 0xfffff0ff) == 0xd503407f;
+  const unsigned system = system_register_of(word);
+  const bool moves = is_mrs(word) || is_msr_register(word);
+  return data || start_or_stop || (moves && (system == sys_svcr || system == sys_tpidr2_el0));
+}
+
 bool is_conditional_jump(std::uint32_t word) { return (word & 0xff00000e) == 0x5400000e; }
 
 unsigned branch_register(std::uint32_t word) {

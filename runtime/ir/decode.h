@@ -42,6 +42,8 @@ std::uint32_t authentication(std::uint32_t word, unsigned target);
 
 // The encodings set apart for scalable vectors.
 constexpr bool is_scalable(std::uint32_t word) { return (word & 0x1e000000) == 0x04000000; }
+// Those of the matrix extension, SMSTART and SMSTOP, and its registers, of which TPIDR2_EL0 is one.
+bool is_streaming(std::uint32_t word);
 
 // ---- operands relative to the PC ----------------------------------------------------------------
 

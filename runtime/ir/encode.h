@@ -25,6 +25,8 @@ inline constexpr unsigned sys_nzcv = system_register(3, 3, 4, 2, 0);
 inline constexpr unsigned sys_fpcr = system_register(3, 3, 4, 4, 0);
 inline constexpr unsigned sys_fpsr = system_register(3, 3, 4, 4, 1);
 inline constexpr unsigned sys_tpidr_el0 = system_register(3, 3, 13, 0, 2);
+inline constexpr unsigned sys_svcr = system_register(3, 3, 4, 2, 2);
+inline constexpr unsigned sys_tpidr2_el0 = system_register(3, 3, 13, 0, 5);
 inline constexpr unsigned sys_ctr_el0 = system_register(3, 3, 0, 0, 1);
 
 // Says on standard error that `form` cannot be encoded, and aborts.
@@ -238,6 +240,7 @@ constexpr word br(unsigned rn) { return 0xd61f0000 | reg(rn, 5); }
 constexpr word blr(unsigned rn) { return 0xd63f0000 | reg(rn, 5); }
 constexpr word ret(unsigned rn) { return 0xd65f0000 | reg(rn, 5); }
 constexpr word svc(unsigned imm) { return 0xd4000001 | bits(imm, 16, 5, "svc"); }
+constexpr word udf(unsigned imm) { return bits(imm, 16, 0, "udf"); }
 constexpr word brk(unsigned imm) { return 0xd4200000 | bits(imm, 16, 5, "brk"); }
 constexpr word nop() { return 0xd503201f; }
 

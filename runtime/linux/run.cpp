@@ -1,7 +1,7 @@
 // The application's life: what to do whenever it leaves the code cache.
 #include "runtime/core/dispatch.h"
-#include "runtime/core/emit.h"
 #include "runtime/core/entry.h"
+#include "runtime/core/identification.h"
 #include "runtime/linux/process.h"
 #include "runtime/linux/signals.h"
 #include "runtime/linux/syscalls.h"
