@@ -5,6 +5,8 @@
 
 #include <cstring>
 
+#include "runtime/include/dr_api.h"
+
 namespace core {
 namespace {
 
@@ -15,7 +17,7 @@ iovec text(const char* string) { return {const_cast<char*>(string), std::strlen(
 // One system call, no buffer: this also runs in signal handlers and on threads.
 void fatal(const char* reason, const char* detail) {
   const iovec parts[] = {text("tavok: "), text(reason), text(detail), text("\n")};
-  [[maybe_unused]] const ssize_t written = writev(STDERR_FILENO, parts, 4);
+  [[maybe_unused]] const ssize_t written = writev(our_stderr, parts, 4);
   _exit(kRuntimeFailure);
 }
 

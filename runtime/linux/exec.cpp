@@ -135,6 +135,7 @@ struct Exec {
   std::vector<uint64_t> arguments;  // the application's strings
   Program program;
   std::string name, file;
+  std::vector<std::string> options;
   std::vector<const char*> line;  // the launcher's command
 };
 thread_local Exec own_exec;
@@ -150,17 +151,17 @@ int64_t follow(Thread& thread, const Call& original, Exec& exec, uint64_t enviro
     return pass_on(thread, original);
   }
   exec.file = as_path(script ? exec.program.interpreter : exec.path);
-  exec.name = kNameOption;
   if (script || exec.arguments.empty()) {
-    exec.name += exec.file;
-  } else {
-    std::string given;
-    if (!read_string(exec.arguments[0], given)) {
-      return -EFAULT;
-    }
-    exec.name += given;
+    exec.name = exec.file;
+  } else if (!read_string(exec.arguments[0], exec.name)) {
+    return -EFAULT;
   }
-  exec.line = {"tavok", exec.name.c_str(), "--", exec.file.c_str()};
+  exec.options = options_of_followed(options, exec.name, thread.keeps_vector_length);
+  exec.line = {"tavok"};
+  for (const std::string& option : exec.options) {
+    exec.line.push_back(option.c_str());
+  }
+  exec.line.insert(exec.line.end(), {"--", exec.file.c_str()});
   if (script && !exec.program.argument.empty()) {
     exec.line.push_back(exec.program.argument.c_str());
   }

@@ -2,8 +2,9 @@
 //
 //   application's SP (or the end of its alternate stack)
 //     frame record {X29, X30}      the handler's X29 points here
-//     kernel's frame: siginfo, ucontext with the FPSIMD record, that of the fault's syndrome, one
-//     of the runtime's own, an end record                                 <- the handler's SP
+//     kernel's frame: siginfo, ucontext with the FPSIMD record, that of the fault's syndrome, the
+//     SVE record if the application knows of SVE, one of the runtime's own, an end record
+//                                                                          <- the handler's SP
 //
 // The runtime's record holds the client's memory for the thread: it is restored on return, like
 // registers that the kernel would save. A frame is no larger for it, so an alternate stack of the
@@ -12,14 +13,18 @@
 #include <sys/mman.h>
 #include <ucontext.h>
 
+#include <algorithm>
 #include <cstring>
 #include <new>
 
 #include "runtime/core/code_map.h"
 #include "runtime/core/entry.h"
 #include "runtime/core/fatal.h"
+#include "runtime/core/identification.h"
 #include "runtime/ir/encode.h"
+#include "runtime/linux/client_switches.h"
 #include "runtime/linux/machine_context.h"
+#include "runtime/linux/mappings.h"
 #include "runtime/linux/pages.h"
 #include "runtime/linux/signals.h"
 #include "runtime/linux/syscalls.h"
@@ -43,6 +48,7 @@ struct Frame {
   siginfo_t info;
   ucontext_t context;
 };
+static_assert(sizeof(Frame) + 2 * kStackAlignment <= kSignalFrameSize);
 
 uint64_t align_down(uint64_t address) { return address & ~(kStackAlignment - 1); }
 
@@ -70,7 +76,47 @@ unsigned char* add_record(mcontext_t& machine, size_t& used, uint32_t magic, siz
   return at + sizeof(RecordHead);
 }
 
-void fill_frame(const Thread& thread, const siginfo_t& info, Frame& frame) {
+// As Linux lays it out: the head, then Z0 to Z31, P0 to P15 and FFR.
+struct SveRecord {
+  uint16_t length;  // of a Z register, in bytes
+  uint16_t flags;
+  uint16_t reserved[2];
+  unsigned char z[32][kVectorBytes];
+  unsigned char predicates[kPredicateBytes];
+};
+static_assert(sizeof(RecordHead) + offsetof(SveRecord, z) == SVE_SIG_REGS_OFFSET);
+static_assert(sizeof(RecordHead) + offsetof(SveRecord, predicates) == SVE_SIG_PREGS_OFFSET(1));
+
+bool keeps_sve_record() { return core::tells_of_sve && sve_save_predicates != nullptr; }
+
+void add_sve_record(Thread& thread, mcontext_t& machine, size_t& used) {
+  SveRecord record = {kVectorBytes, 0, {}, {}, {}};
+  std::memcpy(record.z, thread.context.q, sizeof record.z);
+  sve_save_predicates(&thread.context, record.predicates);
+  unsigned char* to = add_record(machine, used, SVE_MAGIC, sizeof record);
+  std::memcpy(to, &record, sizeof record);
+}
+
+// What the handler left: the predicates are the record's, and zero without any. Of Z all bits come
+// back from the FPSIMD record. False for a record of another vector length.
+bool load_sve_record(Thread& thread, const mcontext_t& machine) {
+  SveRecord record = {};
+  const RecordHead* head = find_record(machine, SVE_MAGIC);
+  if (head != nullptr && head->size >= SVE_SIG_REGS_OFFSET) {
+    const size_t given = head->size - sizeof *head;
+    std::memcpy(&record, head + 1, std::min(given, sizeof record));
+    if (record.length != kVectorBytes) {
+      return false;
+    }
+    if (given < sizeof record) {
+      record = {};
+    }
+  }
+  sve_load_predicates(&thread.context, record.predicates);
+  return true;
+}
+
+void fill_frame(Thread& thread, const siginfo_t& info, Frame& frame) {
   const ThreadSignals& signals = thread.signals;
   std::memset(static_cast<void*>(&frame), 0, sizeof frame);
   frame.info = info;
@@ -88,6 +134,9 @@ void fill_frame(const Thread& thread, const siginfo_t& info, Frame& frame) {
       auto* to = add_record(machine, used, ESR_MAGIC, sizeof signals.fault_syndrome);
       std::memcpy(to, &signals.fault_syndrome, sizeof signals.fault_syndrome);
     }
+  }
+  if (keeps_sve_record()) {
+    add_sve_record(thread, machine, used);
   }
   const size_t memory = core::thread_memory_size(thread.context);
   core::save_thread_memory(thread.context, add_record(machine, used, kThreadMemoryMagic, memory));
@@ -125,6 +174,7 @@ uint64_t sigreturn_page() {
     mprotect(memory, page_size(), PROT_READ);
     const auto begin = reinterpret_cast<uint64_t>(memory);
     core::allow_execution(begin, begin + page_size());
+    note_application_memory(begin, begin + page_size());
     return begin;
   }();
   return page;
@@ -173,6 +223,9 @@ int64_t sys_rt_sigreturn(Thread& thread, const Call&) {
   const size_t memory = core::thread_memory_size(context);
   if (record != nullptr && record->size >= sizeof(RecordHead) + memory) {
     core::restore_thread_memory(context, reinterpret_cast<const unsigned char*>(record + 1));
+  }
+  if (keeps_sve_record() && !load_sve_record(thread, machine)) {
+    force_segv();
   }
   if ((frame.context.uc_stack.ss_flags & SS_ONSTACK) == 0) {
     thread.signals.alternate = frame.context.uc_stack;

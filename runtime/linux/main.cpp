@@ -15,20 +15,19 @@
 #include "runtime/core/block.h"
 #include "runtime/core/client.h"
 #include "runtime/core/fatal.h"
+#include "runtime/core/identification.h"
 #include "runtime/core/predict.h"
+#include "runtime/linux/client_switches.h"
 #include "runtime/linux/loader.h"
+#include "runtime/linux/mappings.h"
 #include "runtime/linux/modules.h"
 #include "runtime/linux/options.h"
+#include "runtime/linux/pages.h"
 #include "runtime/linux/process.h"
 #include "runtime/linux/profile.h"
 #include "runtime/linux/signals.h"
 #include "runtime/linux/stack.h"
 #include "runtime/linux/syscalls.h"
-
-// What a client exports that lets libraries alone unless it is told otherwise.
-extern "C" {
-__attribute__((weak)) extern bool sve_in_libraries;
-}
 
 namespace os {
 namespace {
@@ -76,6 +75,14 @@ void map_program(Program& program, const std::string& path, uint64_t hint) {
     refuse(path, reason, kCannotRunStatus);
   }
   close(program.fd);
+  // The gaps between segments stay inaccessible, and are nothing of the application's.
+  const uint64_t bias = program.image.bias;
+  for (const Elf64_Phdr& segment : program.headers.segments) {
+    if (segment.p_type == PT_LOAD) {
+      note_application_memory(page_floor(bias + segment.p_vaddr),
+                              page_ceiling(bias + segment.p_vaddr + segment.p_memsz));
+    }
+  }
 }
 
 std::string real_path(const std::string& path) {
@@ -130,7 +137,8 @@ Thread& load(const std::string& path, char** arguments, char** environment) {
 
 int launch(int argc, char** argv, char** environment) {
   std::set_new_handler([] { core::fatal("no memory"); });
-  Options options = read_options(argc, argv);
+  begin_messages();
+  options = read_options(argc, argv);
   if (options.status >= 0) {
     return options.status;
   }
@@ -141,6 +149,7 @@ int launch(int argc, char** argv, char** environment) {
   if (options.name != nullptr) {
     options.application[0] = const_cast<char*>(options.name);
   }
+  core::tells_of_sve = options.sve;
   core::optimise_blocks = options.optimise;
   core::predict_branches = options.predict;
   if (&sve_in_libraries != nullptr) {
@@ -151,9 +160,14 @@ int launch(int argc, char** argv, char** environment) {
       refuse(options.profile, reason, kUsageStatus);
     }
   }
+  if (const char* reason = set_report_target(options.report)) {
+    refuse(options.report.file, reason, kUsageStatus);
+  }
   install_handlers();
   Thread& thread = load(path, options.application, environment);
-  core::start_client(static_cast<int>(options.client.size()) - 1, options.client.data());
+  thread.keeps_vector_length = options.keeps_vector_length;
+  const char* client[] = {"tavok", nullptr};
+  core::start_client(1, client);
   begin_thread(thread);
   thread.signals.mask = initial_mask();
   run_application(thread);

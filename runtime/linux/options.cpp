@@ -3,9 +3,13 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
+#include <climits>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <initializer_list>
+#include <iterator>
 #include <string_view>
 
 #include "tavok_version.h"
@@ -13,19 +17,28 @@
 namespace os {
 namespace {
 
-constexpr char kUsage[] = "usage: tavok [options] [client arguments] -- application [arguments]\n";
-constexpr char kHelp[] =
-    "\n"
-    "Runs an AArch64 Linux application whose SVE instructions this processor lacks.\n"
-    "\n"
-    "  --profile=FILE  write to FILE how often each SVE instruction was executed\n"
-    "  --help          this text\n"
-    "  --version       the version\n"
-    "\n"
-    "The application is searched for as a shell does. Its exit status is tavok's own; 2 is a "
-    "wrong\n"
-    "command line, 126 a file that cannot be run, 127 one that is not there, 70 a failure of the\n"
-    "runtime.\n";
+constexpr char kUsage[] = "usage: tavok [options] [--] application [arguments]\n";
+constexpr char kHelp[] = R"(
+Runs an AArch64 Linux application whose SVE instructions this processor lacks. Vectors are 128 bits.
+The SVE instructions of the application and of all its libraries are emulated, and those of the
+programs that it executes.
+
+  --sve            tell the application that there is SVE, by AT_HWCAP, identification registers,
+                   prctl, signal frames and /proc/cpuinfo; otherwise it is told that there is none
+  --only-program   leave libraries alone: an SVE instruction in one is illegal
+  --report=WHERE   where the report goes that is printed at the end of each process: stderr, none,
+                   or a file, behind what it holds already; %p in its name is the process's number
+  -q               no report
+  --profile=FILE   write to FILE how often each SVE instruction was executed
+  -h, --help       this text
+  --version        the version
+
+The first word that is no option is the application; it is searched for as a shell does. Options
+may also stand in the environment, in TAVOK_OPTIONS, separated by blanks.
+
+The exit status is the application's own; 2 is a wrong command line, 126 a file that cannot be run,
+127 one that is not there, 70 a failure of the runtime.
+)";
 
 bool is_executable_file(const std::string& path) {
   struct stat status;
@@ -39,54 +52,143 @@ Options ended(int status) {
   return options;
 }
 
-Options usage_error(const char* reason) {
-  std::fprintf(stderr, "tavok: %s\n%s", reason, kUsage);
+// One line, and nothing else happens.
+Options usage_error(const std::string& reason) {
+  std::fprintf(stderr, "tavok: %s (tavok --help tells the options)\n", reason.c_str());
   return ended(kUsageStatus);
+}
+
+std::string absolute(const char* file) {
+  char directory[PATH_MAX];
+  const bool relative = file[0] != '/' && getcwd(directory, sizeof directory) != nullptr;
+  return relative ? std::string(directory) + "/" + file : file;
+}
+
+void report_to(Options& options, const char* where) {
+  using Kind = ReportTarget::Kind;
+  const std::string_view name = where;
+  options.report = name == "stderr" ? ReportTarget{Kind::standard_error, {}}
+                   : name == "none" ? ReportTarget{Kind::none, {}}
+                                    : ReportTarget{Kind::file, absolute(where)};
+}
+
+// An option and what it does. Those that end in '=' have a value behind it.
+struct Word {
+  std::string_view name;
+  void (*apply)(Options& options, const char* value);
+};
+
+// --help does not tell of those behind --profile=: two that the runtime sets when it follows an
+// exec, and two for comparison only: inserted code runs as it was inserted, and no indirect branch
+// learns where it goes.
+constexpr Word kWords[] = {
+    {"--sve", [](Options& options, const char*) { options.sve = true; }},
+    {"--only-program", [](Options& options, const char*) { options.only_program = true; }},
+    {"--report=", [](Options& options, const char* value) { report_to(options, value); }},
+    {"-q", [](Options& options, const char*) { report_to(options, "none"); }},
+    {"--profile=", [](Options& options, const char* value) { options.profile = value; }},
+    {"--argv0=", [](Options& options, const char* value) { options.name = value; }},
+    {"--keep-vector-length",
+     [](Options& options, const char*) { options.keeps_vector_length = true; }},
+    {"--no-optimise", [](Options& options, const char*) { options.optimise = false; }},
+    {"--no-predict", [](Options& options, const char*) { options.predict = false; }},
+};
+
+bool matches(const Word& word, std::string_view text) {
+  return word.name.ends_with('=') ? text.starts_with(word.name) : text == word.name;
+}
+
+// Applies an option. Returns what is wrong with it, an empty string if nothing is.
+std::string apply(Options& options, const char* text) {
+  const auto* word = std::ranges::find_if(
+      kWords, [text](const Word& candidate) { return matches(candidate, text); });
+  if (word == std::end(kWords)) {
+    return std::string("unknown option ") + text;
+  }
+  const char* value = text + word->name.size();
+  // The application's own name may be empty.
+  if (word->name.ends_with('=') && *value == '\0' && word->name != "--argv0=") {
+    return std::string("no value behind ") + text;
+  }
+  word->apply(options, value);
+  return {};
+}
+
+// The words of TAVOK_OPTIONS, which last as long as the process.
+std::vector<const char*> words_of_environment() {
+  static std::string text;
+  const char* given = std::getenv("TAVOK_OPTIONS");
+  text = given != nullptr ? given : "";
+  std::vector<const char*> words;
+  for (char *at = text.data(), *rest; (at = strtok_r(at, " \t\n", &rest)) != nullptr;
+       at = nullptr) {
+    words.push_back(at);
+  }
+  return words;
+}
+
+bool asks(const std::vector<const char*>& words, std::initializer_list<std::string_view> names) {
+  return std::ranges::any_of(
+      words, [&](const char* word) { return std::ranges::find(names, word) != names.end(); });
 }
 
 }  // namespace
 
 Options read_options(int argc, char** argv) {
+  int at = 1;
+  while (at < argc && argv[at][0] == '-' && argv[at][1] != '\0' &&
+         std::strcmp(argv[at], "--") != 0) {
+    ++at;
+  }
+  std::vector<const char*> words = words_of_environment();
+  const size_t of_environment = words.size();
+  words.insert(words.end(), argv + 1, argv + at);
+  if (asks(words, {"-h", "--help"})) {
+    std::printf("%s%s", kUsage, kHelp);
+    return ended(EXIT_SUCCESS);
+  }
+  if (asks(words, {"--version"})) {
+    std::puts("tavok " TAVOK_VERSION);
+    return ended(EXIT_SUCCESS);
+  }
   Options options;
-  options.client.push_back("tavok");
-  if (argc < 2) {
-    std::fputs(kUsage, stderr);
+  for (size_t i = 0; i < words.size(); ++i) {
+    const std::string error = apply(options, words[i]);
+    if (!error.empty()) {
+      return usage_error((i < of_environment ? "TAVOK_OPTIONS: " : "") + error);
+    }
+  }
+  if (options.sve && options.only_program) {
+    return usage_error("--sve and --only-program exclude each other: the application's C library "
+                       "would use SVE");
+  }
+  at += at < argc && std::strcmp(argv[at], "--") == 0 ? 1 : 0;
+  if (at >= argc) {
+    std::fprintf(stderr, "tavok: no application\n%s", kUsage);
     return ended(kUsageStatus);
   }
-  int at = 1;
-  for (; at < argc && std::strcmp(argv[at], "--") != 0; ++at) {
-    const std::string_view argument = argv[at];
-    if (argument == "--help") {
-      std::printf("%s%s", kUsage, kHelp);
-      return ended(EXIT_SUCCESS);
-    }
-    if (argument == "--version") {
-      std::puts("tavok " TAVOK_VERSION);
-      return ended(EXIT_SUCCESS);
-    }
-    if (argument.starts_with(kNameOption)) {
-      options.name = argv[at] + std::strlen(kNameOption);
-    } else if (argument.starts_with(kProfileOption)) {
-      options.profile = argv[at] + std::strlen(kProfileOption);
-    } else if (argument == kPlainOption) {
-      options.optimise = false;
-    } else if (argument == kForgetfulOption) {
-      options.predict = false;
-    } else if (argument == kOnlyProgramOption) {
-      options.only_program = true;
-    } else {
-      options.client.push_back(argv[at]);
-    }
-  }
-  if (at >= argc) {
-    return usage_error("no \"--\" in front of the application");
-  }
-  if (at + 1 >= argc) {
-    return usage_error("no application behind \"--\"");
-  }
-  options.client.push_back(nullptr);
-  options.application = argv + at + 1;
+  options.application = argv + at;
   return options;
+}
+
+std::vector<std::string> options_of_followed(const Options& options, const std::string& name,
+                                             bool keeps_vector_length) {
+  std::vector<std::string> words = {"--argv0=" + name};
+  const auto add = [&words](bool wanted, const char* word) {
+    if (wanted) {
+      words.emplace_back(word);
+    }
+  };
+  add(options.sve, "--sve");
+  add(options.only_program, "--only-program");
+  add(!options.optimise, "--no-optimise");
+  add(!options.predict, "--no-predict");
+  add(keeps_vector_length, "--keep-vector-length");
+  add(options.report.kind == ReportTarget::Kind::none, "-q");
+  if (options.report.kind == ReportTarget::Kind::file) {
+    words.push_back("--report=" + options.report.file);
+  }
+  return words;
 }
 
 std::string find_application(const std::string& name, int& status) {

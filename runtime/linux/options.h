@@ -1,24 +1,12 @@
-// The launcher's command line: tavok [options] [client arguments] -- application [arguments]
+// The launcher's command line: tavok [options] [--] application [arguments]
 #pragma once
 
 #include <string>
 #include <vector>
 
+#include "runtime/linux/messages.h"
+
 namespace os {
-
-// Set by the runtime itself when it follows an exec: what the application finds as argv[0].
-inline constexpr char kNameOption[] = "--argv0=";
-
-// Inserted code runs as it was inserted, and no indirect branch learns where it goes. For
-// comparison only, so --help does not tell.
-inline constexpr char kPlainOption[] = "--no-optimise";
-inline constexpr char kForgetfulOption[] = "--no-predict";
-
-// Libraries are left alone: their SVE instructions are illegal.
-inline constexpr char kOnlyProgramOption[] = "--only-program";
-
-// A file for the client's table of executed places.
-inline constexpr char kProfileOption[] = "--profile=";
 
 // Statuses of a shell for a command that cannot be run.
 inline constexpr int kUsageStatus = 2;
@@ -26,18 +14,26 @@ inline constexpr int kCannotRunStatus = 126;
 inline constexpr int kNotFoundStatus = 127;
 
 struct Options {
-  std::vector<const char*> client;  // argv of the client: its name, its arguments, null
-  const char* name = nullptr;       // argv[0] of the application if it is not its file
+  const char* name = nullptr;  // argv[0] of the application if it is not its file
+  bool sve = false;            // the application is told that there is SVE
+  bool only_program = false;   // libraries are left alone: their SVE instructions are illegal
+  bool keeps_vector_length = false;
   bool optimise = true;
   bool predict = true;
-  bool only_program = false;
   const char* profile = nullptr;  // where the profile goes, null: none is written
-  char** application = nullptr;   // the application and its arguments, null-terminated
-  int status = -1;                // not negative: nothing is left to do but to exit with this
+  ReportTarget report;
+  char** application = nullptr;  // the application and its arguments, null-terminated
+  int status = -1;               // not negative: nothing is left to do but to exit with this
 };
 
-// Reads the command line; answers --help and --version, and tells of errors, by itself.
+// Reads TAVOK_OPTIONS and the command line; answers --help and --version, and tells of errors, by
+// itself.
 Options read_options(int argc, char** argv);
+
+// The words in front of "--" of a launcher that goes on with `name` as argv[0] of its application,
+// as this one was asked to.
+std::vector<std::string> options_of_followed(const Options& options, const std::string& name,
+                                             bool keeps_vector_length);
 
 // Where an application without a slash in its name is: as a shell searches PATH. `status` becomes
 // one of the statuses above if there is none, 0 otherwise.

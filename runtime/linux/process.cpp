@@ -16,6 +16,8 @@
 #include "runtime/core/decoded.h"
 #include "runtime/core/dispatch.h"
 #include "runtime/core/fatal.h"
+#include "runtime/linux/mappings.h"
+#include "runtime/linux/messages.h"
 #include "runtime/linux/modules.h"
 #include "runtime/linux/profile.h"
 #include "runtime/linux/signals.h"
@@ -25,6 +27,7 @@
 namespace os {
 
 ProcessPaths paths;
+Options options;
 
 namespace {
 
@@ -52,10 +55,10 @@ void end_thread(Thread& thread) {
 }
 
 void run_exit_events() {
+  const ReportStream stream;
   for (const auto event : core::client_events().exit) {
     event();
   }
-  std::fflush(stderr);
 }
 
 }  // namespace
@@ -166,6 +169,7 @@ void lock_runtime() {
   process_actions.mutex.lock();
   lock_modules();
   lock_break();
+  lock_application_memory();
   core::lock_code_map();
   core::lock_decoded();
 }
@@ -173,6 +177,7 @@ void lock_runtime() {
 void unlock_runtime() {
   core::unlock_decoded();
   core::unlock_code_map();
+  unlock_application_memory();
   unlock_break();
   unlock_modules();
   process_actions.mutex.unlock();

@@ -3,6 +3,7 @@
 
 #include <string>
 
+#include "runtime/linux/options.h"
 #include "runtime/linux/thread.h"
 
 namespace os {
@@ -13,6 +14,8 @@ struct ProcessPaths {
   std::string launcher;
 };
 extern ProcessPaths paths;
+// What the command line and the environment asked for.
+extern Options options;
 
 // Whether the path is the link to this process's executable, which shows the launcher.
 bool is_own_executable(const char* path);

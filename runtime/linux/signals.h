@@ -99,6 +99,8 @@ bool application_handles(const Thread& thread, int signal);
 // Whether the application's SP is on its alternate stack.
 bool on_alternate_stack(const Thread& thread);
 
+// What a handler's frame takes of a stack at most, AT_MINSIGSTKSZ for the application.
+inline constexpr uint64_t kSignalFrameSize = 4720;
 // Calls the application's handler: pushes a frame and sets the registers.
 void push_frame(Thread& thread, const SignalAction& action, const siginfo_t& info);
 

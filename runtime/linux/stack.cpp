@@ -10,7 +10,10 @@
 #include <vector>
 
 #include "runtime/core/code_map.h"
+#include "runtime/linux/machine.h"
+#include "runtime/linux/mappings.h"
 #include "runtime/linux/pages.h"
+#include "runtime/linux/signals.h"
 
 namespace os {
 namespace {
@@ -28,6 +31,8 @@ uint64_t stack_size() {
   return page_ceiling(std::clamp<uint64_t>(limit.rlim_cur, kSmallestStack, kLargestStack));
 }
 
+StackLayout layout;
+
 uint64_t map_stack(bool executable) {
   const uint64_t size = stack_size();
   void* stack = mmap(nullptr, size + page_size(), PROT_READ | PROT_WRITE,
@@ -36,6 +41,9 @@ uint64_t map_stack(bool executable) {
     return 0;
   }
   const uint64_t begin = reinterpret_cast<uint64_t>(stack) + page_size();
+  layout.begin = begin;
+  layout.end = begin + size;
+  note_application_memory(begin, begin + size);
   if (executable) {
     core::allow_execution(begin, begin + size);
   }
@@ -68,8 +76,7 @@ struct Writer {
 
 // What the host told the launcher about itself holds for the application too. AT_SYSINFO_EHDR is
 // left out: code of the vDSO belongs to no module and saves little.
-constexpr uint64_t kPassedOn[] = {AT_FLAGS,  AT_UID,   AT_EUID,   AT_GID,    AT_EGID,
-                                  AT_SECURE, AT_HWCAP, AT_HWCAP2, AT_CLKTCK, AT_MINSIGSTKSZ};
+constexpr uint64_t kPassedOn[] = {AT_FLAGS, AT_UID, AT_EUID, AT_GID, AT_EGID, AT_SECURE, AT_CLKTCK};
 
 std::vector<uint64_t> auxiliary_vector(const StackContents& contents, Writer& strings) {
   std::vector<uint64_t> words;
@@ -90,6 +97,9 @@ std::vector<uint64_t> auxiliary_vector(const StackContents& contents, Writer& st
       add(type, value);
     }
   }
+  add(AT_HWCAP, shown_hwcap(getauxval(AT_HWCAP)));
+  add(AT_HWCAP2, shown_hwcap2(getauxval(AT_HWCAP2)));
+  add(AT_MINSIGSTKSZ, kSignalFrameSize);
   unsigned char random[kRandomBytes] = {};
   if (const uint64_t given = getauxval(AT_RANDOM)) {
     std::memcpy(random, reinterpret_cast<void*>(given), sizeof random);
@@ -103,14 +113,21 @@ std::vector<uint64_t> auxiliary_vector(const StackContents& contents, Writer& st
 
 }  // namespace
 
+const StackLayout& stack_layout() { return layout; }
+
 uint64_t build_stack(const StackContents& contents) {
   Writer writer{map_stack(contents.executable)};
   if (writer.at == 0) {
     return 0;
   }
+  layout.environment_end = writer.at;
   const std::vector<uint64_t> environment = writer.strings(contents.environment);
+  layout.environment = writer.at;
   const std::vector<uint64_t> arguments = writer.strings(contents.arguments);
+  layout.arguments = writer.at;
   const std::vector<uint64_t> auxiliary = auxiliary_vector(contents, writer);
+  layout.auxiliary.assign(reinterpret_cast<const char*>(auxiliary.data()),
+                          auxiliary.size() * sizeof(uint64_t));
 
   std::vector<uint64_t> words;
   words.push_back(arguments.size());

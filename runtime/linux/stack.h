@@ -1,6 +1,8 @@
 // The application's first stack.
 #pragma once
 
+#include <string>
+
 #include "runtime/linux/loader.h"
 
 namespace os {
@@ -13,6 +15,14 @@ struct StackContents {
   char** environment;        // null-terminated
   bool executable;
 };
+
+// Where things lie on the stack that was built; `auxiliary` is a copy of the vector.
+struct StackLayout {
+  uint64_t begin, end;                               // of the stack
+  uint64_t arguments, environment, environment_end;  // the strings, one list behind the other
+  std::string auxiliary;
+};
+const StackLayout& stack_layout();
 
 // Maps a stack with a guard page below it and writes the arguments, the environment and the
 // auxiliary vector as Linux does. Returns SP, 0 if there is no memory.

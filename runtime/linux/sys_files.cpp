@@ -9,6 +9,7 @@
 #include <cstring>
 
 #include "runtime/core/entry.h"
+#include "runtime/linux/proc_files.h"
 #include "runtime/linux/process.h"
 #include "runtime/linux/syscalls.h"
 
@@ -57,7 +58,20 @@ int64_t sys_readlinkat(Thread& thread, const Call& call) {
                                                                 : -EFAULT;
 }
 
-int64_t sys_openat(Thread& thread, const Call& call) { return pass_on_followed(thread, call, 0); }
+int64_t sys_openat(Thread& thread, const Call& call) {
+  // openat2 has its flags in memory, as the first word.
+  uint64_t flags = call.arguments[2];
+  if (call.number == SYS_openat2) {
+    core_copy(&flags, reinterpret_cast<const void*>(call.arguments[2]), sizeof flags);
+  }
+  const int64_t result = pass_on_followed(thread, call, 0);
+  if (result >= 0 && (flags & (O_ACCMODE | O_PATH | O_DIRECTORY)) == O_RDONLY) {
+    char path[64] = {};
+    core_copy(path, reinterpret_cast<const void*>(call.arguments[1]), sizeof path - 1);
+    replace_proc_file(static_cast<int>(result), path);
+  }
+  return result;
+}
 
 int64_t sys_newfstatat(Thread& thread, const Call& call) {
   return pass_on_followed(thread, call, call.arguments[3]);

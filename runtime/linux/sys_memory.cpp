@@ -6,6 +6,7 @@
 #include <mutex>
 
 #include "runtime/core/code_map.h"
+#include "runtime/linux/mappings.h"
 #include "runtime/linux/modules.h"
 #include "runtime/linux/pages.h"
 #include "runtime/linux/process.h"
@@ -54,8 +55,10 @@ bool set_break(uint64_t wanted) {
   const uint64_t old_end = page_ceiling(program_break.current);
   const uint64_t new_end = page_ceiling(wanted);
   if (new_end > old_end) {
+    note_application_memory(old_end, new_end);
     return mprotect(at(old_end), new_end - old_end, PROT_READ | PROT_WRITE) == 0;
   }
+  forget_application_memory(new_end, old_end);
   // Mapped anew, so that memory that comes back later is zero.
   return new_end == old_end ||
          mmap(at(new_end), old_end - new_end, PROT_NONE,
@@ -76,6 +79,8 @@ void set_initial_break(uint64_t begin) {
   program_break.current = start;
   program_break.limit = got == MAP_FAILED ? start : start + kBreakRoom;
 }
+
+core::Range heap_range() { return {program_break.begin, page_ceiling(program_break.current)}; }
 
 void lock_mappings() { mappings_mutex.lock(); }
 void unlock_mappings() { mappings_mutex.unlock(); }
@@ -103,6 +108,7 @@ int64_t sys_mmap(Thread& thread, const Call& call) {
     return result;
   }
   const auto begin = static_cast<uint64_t>(result);
+  note_application_memory(begin, begin + page_ceiling(size));
   note_change(thread, begin, size, (protection & PROT_EXEC) != 0);
   if ((flags & MAP_ANONYMOUS) == 0 && call.arguments[5] == 0) {
     forget_modules(begin, begin + size);
@@ -115,6 +121,8 @@ int64_t sys_munmap(Thread& thread, const Call& call) {
   const std::lock_guard lock(mappings_mutex);
   const int64_t result = pass_on(thread, call);
   if (result == 0) {
+    forget_application_memory(call.arguments[0],
+                              call.arguments[0] + page_ceiling(call.arguments[1]));
     note_change(thread, call.arguments[0], call.arguments[1], false);
     forget_modules(call.arguments[0], call.arguments[0] + call.arguments[1]);
   }
@@ -131,6 +139,10 @@ int64_t sys_mremap(Thread& thread, const Call& call) {
     const auto new_begin = static_cast<uint64_t>(result);
     const uint64_t old_bytes = page_ceiling(old_size), bytes = page_ceiling(call.arguments[2]);
     // What stays in its place may be running.
+    if ((call.arguments[3] & MREMAP_DONTUNMAP) == 0) {
+      forget_application_memory(old_begin, old_begin + old_bytes);
+    }
+    note_application_memory(new_begin, new_begin + bytes);
     const uint64_t kept = new_begin == old_begin ? std::min(old_bytes, bytes) : 0;
     note_change(thread, old_begin + kept, old_bytes - kept, false);
     note_change(thread, new_begin + kept, bytes - kept, executable);

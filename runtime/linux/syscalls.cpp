@@ -6,6 +6,8 @@
 #include <cerrno>
 #include <iterator>
 
+#include "runtime/linux/messages.h"
+
 extern "C" int64_t os_call(core::Context* context, uint64_t number, const uint64_t* arguments);
 
 namespace os {
@@ -32,6 +34,9 @@ constexpr Row kRows[] = {
     {SYS_openat2, sys_openat},
     {SYS_newfstatat, sys_newfstatat},
     {SYS_statx, sys_statx},
+    {SYS_close, sys_close},
+    {SYS_close_range, sys_close_range},
+    {SYS_dup3, sys_dup3},
     {SYS_exit, sys_exit},
     {SYS_exit_group, sys_exit_group},
     {SYS_set_tid_address, sys_set_tid_address},
@@ -49,6 +54,7 @@ constexpr Row kRows[] = {
     {SYS_pselect6, sys_wait_with_mask},
     {SYS_epoll_pwait, sys_wait_with_mask},
     {SYS_epoll_pwait2, sys_wait_with_mask},
+    {SYS_prctl, sys_prctl},
     {SYS_rseq, sys_missing},
 };
 // clang-format on
@@ -70,6 +76,9 @@ void system_call(Thread& thread) {
   core::Context& context = thread.context;
   Call call{context.x[8], {}};
   std::copy_n(context.x, std::size(call.arguments), call.arguments);
+  if (keeps_standard_error) [[unlikely]] {
+    note_call_while_kept(call.number);
+  }
   const int64_t result = dispatch(thread, call);
   if (result == kNotMade) {
     context.pc -= 4;

@@ -3,6 +3,7 @@
 
 #include <cstdint>
 
+#include "runtime/core/ranges.h"
 #include "runtime/linux/thread.h"
 
 namespace os {
@@ -35,6 +36,8 @@ int64_t sys_openat(Thread& thread, const Call& call);
 int64_t sys_newfstatat(Thread& thread, const Call& call);
 int64_t sys_statx(Thread& thread, const Call& call);
 
+int64_t sys_prctl(Thread& thread, const Call& call);
+
 int64_t sys_exit(Thread& thread, const Call& call);
 int64_t sys_exit_group(Thread& thread, const Call& call);
 int64_t sys_set_tid_address(Thread& thread, const Call& call);
@@ -53,6 +56,9 @@ int64_t sys_wait_with_mask(Thread& thread, const Call& call);
 
 // The application's break: [begin, reserved) is set aside for it.
 void set_initial_break(uint64_t begin);
+// The part of it that is in use, in whole pages. Without its lock: for a text that is out of date
+// as soon as it is made.
+core::Range heap_range();
 // Its lock, to be held over a fork.
 void lock_mappings();
 void unlock_mappings();

@@ -40,9 +40,10 @@ struct Thread {
   uint64_t robust_list;  // as set_robust_list gave it
   Thread* next;          // in the list of all threads
   int id;
-  bool main;         // the one that the kernel started: it cannot end by returning
-  bool exiting;      // run_application shall return
-  bool vfork_child;  // runs in the memory of a parent that waits
+  bool keeps_vector_length;  // PR_SVE_VL_INHERIT
+  bool main;                 // the one that the kernel started: it cannot end by returning
+  bool exiting;              // run_application shall return
+  bool vfork_child;          // runs in the memory of a parent that waits
 };
 
 inline Thread& thread_of(core::Context& context) { return reinterpret_cast<Thread&>(context); }

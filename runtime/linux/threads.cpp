@@ -71,6 +71,7 @@ void copy_registers(const Thread& parent, const CloneArguments& arguments, Threa
   to.sp = arguments.stack != 0 ? arguments.stack : from.sp;
   to.tpidr = (arguments.flags & CLONE_SETTLS) != 0 ? arguments.tls : from.tpidr;
   to.x[0] = 0;
+  child.keeps_vector_length = parent.keeps_vector_length;
   child.signals.mask = parent.signals.mask;
   child.clear_tid = (arguments.flags & CLONE_CHILD_CLEARTID) != 0 ? arguments.child_tid : 0;
 }

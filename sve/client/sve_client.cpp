@@ -156,6 +156,21 @@ void event_exit() {
   drmgr_exit();
 }
 
+// A predicate of the record has a byte for each bit.
+void pack_predicate(const uint8_t* predicate, unsigned char* to) {
+  uint16_t bits = 0;
+  for (unsigned i = 0; i < vector_bytes; i++)
+    bits |= static_cast<uint16_t>((predicate[i] & 1) << i);
+  memcpy(to, &bits, sizeof bits);
+}
+
+void unpack_predicate(const unsigned char* from, uint8_t* predicate) {
+  uint16_t bits;
+  memcpy(&bits, from, sizeof bits);
+  for (unsigned i = 0; i < vector_bytes; i++)
+    predicate[i] = bits >> i & 1;
+}
+
 void reject_arguments(int argc, const char* argv[]) {
   std::string error;
   if (droption_parser_t::parse_argv(DROPTION_SCOPE_CLIENT, argc, argv, &error, nullptr))
@@ -165,6 +180,20 @@ void reject_arguments(int argc, const char* argv[]) {
 }
 
 }  // namespace
+
+void sve_save_predicates(void* drcontext, unsigned char* to) {
+  const cpu_state* const record = thread_record(drcontext);
+  for (unsigned n = 0; n < p_registers; n++, to += vector_bytes / 8)
+    pack_predicate(record->p[n], to);
+  pack_predicate(record->ffr, to);
+}
+
+void sve_load_predicates(void* drcontext, const unsigned char* from) {
+  cpu_state* const record = thread_record(drcontext);
+  for (unsigned n = 0; n < p_registers; n++, from += vector_bytes / 8)
+    unpack_predicate(from, record->p[n]);
+  unpack_predicate(from, record->ffr);
+}
 
 void dr_client_main(client_id_t, int argc, const char* argv[]) {
   dr_set_client_name("Kestrin SVE emulation client", "tavok developers");

@@ -15,3 +15,11 @@ TAVOK_EXPORT extern bool sve_in_libraries;
 // look at 16 bytes whatever the predicate, and a load that faults may leave elements behind.
 TAVOK_EXPORT extern bool sve_faults_as_hardware;
 }
+
+// What a runtime needs that shows SVE to the application, for signal frames: the predicates of the
+// thread of a drcontext and its first-fault register, as Linux lays them out: P0 to P15 and FFR, 16
+// bits each, a bit for each byte of a vector.
+extern "C" {
+void sve_save_predicates(void* drcontext, unsigned char* to);
+void sve_load_predicates(void* drcontext, const unsigned char* from);
+}
