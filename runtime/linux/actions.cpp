@@ -26,13 +26,21 @@ int64_t kernel_action(int signal, const SignalAction* action, SignalAction* old)
   return result == 0 ? 0 : -errno;
 }
 
-// The kernel's action for the application's: a function is reached through the runtime's handler.
-SignalAction action_for_kernel(const SignalAction& wanted) {
-  if (!is_function(wanted)) {
+// The kernel's action for the application's: a function is reached through the runtime's handler,
+// and so is the default for an illegal instruction, of which the runtime has something to say.
+SignalAction action_for_kernel(int signal, const SignalAction& wanted) {
+  const bool told = signal == SIGILL && wanted.handler == kDefault;
+  if (!is_function(wanted) && !told) {
     return {wanted.handler, wanted.flags & kKernelFlags, 0, wanted.mask};
   }
   return {reinterpret_cast<uint64_t>(&handle_signal),
           (wanted.flags & kKernelFlags) | SA_SIGINFO | SA_ONSTACK, 0, kAllSignals};
+}
+
+// Tells the kernel what the application wants for `signal`.
+int64_t give_to_kernel(int signal, const SignalAction& wanted) {
+  const SignalAction action = action_for_kernel(signal, wanted);
+  return kernel_action(signal, &action, nullptr);
 }
 
 bool is_kept_by_runtime(int signal) { return (signal_bit(signal) & kNeverMasked) != 0; }
@@ -50,7 +58,7 @@ SignalAction take_action(Thread& thread, int signal) {
   if (is_function(action) && (action.flags & SA_RESETHAND) != 0) {
     table.actions[signal].handler = kDefault;
     if (!is_kept_by_runtime(signal)) {
-      restore_default(signal);
+      give_to_kernel(signal, {});
     }
   }
   return action;
@@ -62,7 +70,7 @@ void clear_handlers(ActionTable& table) {
     if (is_function(table.actions[signal])) {
       table.actions[signal] = {};
       if (!is_kept_by_runtime(signal)) {
-        restore_default(signal);
+        give_to_kernel(signal, {});
       }
     }
   }
@@ -88,12 +96,12 @@ void install_handlers() {
   }
   set_runtime_action(SIGSEGV, false);
   set_runtime_action(SIGBUS, false);
+  give_to_kernel(SIGILL, process_actions.actions[SIGILL]);
 }
 
 void renew_action(int signal) {
   const std::lock_guard lock(process_actions.mutex);
-  const SignalAction action = action_for_kernel(process_actions.actions[signal]);
-  kernel_action(signal, &action, nullptr);
+  give_to_kernel(signal, process_actions.actions[signal]);
 }
 
 void restore_default(int signal) {
@@ -119,9 +127,7 @@ int64_t sys_rt_sigaction(Thread& thread, const Call& call) {
     previous = table.actions[signal];
     if (wanted != nullptr) {
       action.mask &= ~kUnblockable;
-      const SignalAction for_kernel = action_for_kernel(action);
-      const int64_t result =
-          is_kept_by_runtime(signal) ? 0 : kernel_action(signal, &for_kernel, nullptr);
+      const int64_t result = is_kept_by_runtime(signal) ? 0 : give_to_kernel(signal, action);
       if (result != 0) {
         return result;
       }

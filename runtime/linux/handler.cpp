@@ -25,6 +25,7 @@
 #include "runtime/core/cache.h"
 #include "runtime/core/entry.h"
 #include "runtime/core/fatal.h"
+#include "runtime/linux/illegal.h"
 #include "runtime/linux/machine_context.h"
 #include "runtime/linux/position.h"
 #include "runtime/linux/signals.h"
@@ -188,6 +189,10 @@ void handle_fault(Thread& thread, int signal, siginfo_t& info, ucontext_t& inter
   }
   const ClientAnswer answer = ask_client(signal, &info, &interrupted, wanted);
   if (answer == ClientAnswer::by_default) {
+    if (signal == SIGILL && cached) {
+      load_fault_state(context, machine);
+      tell_illegal_instruction(thread);
+    }
     // The instruction runs again and meets the default action.
     restore_default(signal);
   } else if (answer == ClientAnswer::disclaimed) {

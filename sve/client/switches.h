@@ -2,6 +2,8 @@
 // are off at first; each is set before the first thread of the application runs, and stays.
 #pragma once
 
+#include <cstdint>
+
 #include "sve/client/exports.h"
 
 extern "C" {
@@ -22,4 +24,8 @@ TAVOK_EXPORT extern bool sve_faults_as_hardware;
 extern "C" {
 void sve_save_predicates(void* drcontext, unsigned char* to);
 void sve_load_predicates(void* drcontext, const unsigned char* from);
+
+// What a word of the SVE encoding space is, in a few words for a message: "SVE" if it is emulated,
+// else the extension and the class of instructions; null if it is none that is known.
+const char* sve_describe_word(uint32_t word);
 }
