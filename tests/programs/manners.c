@@ -1,11 +1,14 @@
 // Does one thing that a program's surroundings see: manners exit <status> | raise <signal> |
-// fault | args <words> | environment <name> | name | copy | exit_of_many <status>.
+// fault | args <words> | environment <name> | name | copy | exit_of_many <status> | fork |
+// close_last <status> | put_back <file> | reopen <file> | linger.
+#include <fcntl.h>
 #include <pthread.h>
 #include <signal.h>
 #include <stdio.h>
 #include <stdlib.h>
 #include <string.h>
 #include <sys/prctl.h>
+#include <sys/wait.h>
 #include <unistd.h>
 
 static void print_words(int count, char** words) {
@@ -43,6 +46,23 @@ static int exit_of_many(int status) {
   return 0;
 }
 
+// With another file as standard error: for a moment, or to the end.
+static int write_elsewhere(const char* file, int back) {
+  const int saved = dup(2);
+  close(2);
+  if (open(file, O_WRONLY | O_CREAT | O_TRUNC, 0666) != 2)
+    return 1;
+  if (write(2, "its own\n", 8) != 8)
+    return 1;
+  return back && dup2(saved, 2) != 2;
+}
+
+static int linger(void) {
+  char byte;
+  close(2);
+  return (int)read(0, &byte, 1);
+}
+
 int main(int argc, char** argv) {
   const char* const what = argc > 1 ? argv[1] : "";
   const int number = argc > 2 ? atoi(argv[2]) : 0;
@@ -65,5 +85,16 @@ int main(int argc, char** argv) {
   }
   if (strcmp(what, "copy") == 0)
     return copy();
+  if (strcmp(what, "fork") == 0)
+    return fork() == 0 ? 0 : (wait(NULL), 0);
+  if (strcmp(what, "close_last") == 0) {
+    fclose(stdout);
+    fclose(stderr);
+    return number;
+  }
+  if (strcmp(what, "put_back") == 0 || strcmp(what, "reopen") == 0)
+    return write_elsewhere(argv[2], strcmp(what, "put_back") == 0);
+  if (strcmp(what, "linger") == 0)
+    return linger();
   return 99;
 }

@@ -1,9 +1,11 @@
 // Runs an SVE word that nobody emulates: it must end the program by SIGILL, or, with the argument
-// "handle", reach a handler with the word's own address.
+// "handle", reach a handler with the word's own address. With "child" a child does so first, and
+// the program dies of the same signal.
 #include <signal.h>
 #include <stdint.h>
 #include <stdio.h>
 #include <string.h>
+#include <sys/wait.h>
 #include <ucontext.h>
 #include <unistd.h>
 
@@ -21,6 +23,16 @@ static void handle(int number, siginfo_t* info, void* context) {
 }
 
 int main(int argc, char** argv) {
+  if (argc > 1 && strcmp(argv[1], "child") == 0) {
+    int status;
+    const pid_t child = fork();
+    if (child == 0)
+      run_unknown_word();
+    waitpid(child, &status, 0);
+    if (!WIFSIGNALED(status))
+      return 1;
+    raise(WTERMSIG(status));
+  }
   if (argc > 1 && strcmp(argv[1], "handle") == 0) {
     struct sigaction action;
     memset(&action, 0, sizeof action);
