@@ -2,15 +2,21 @@
 //
 // The client sees each basic block of the application as a list of instructions before it runs and
 // may insert instructions of its own. Addresses of the application are `app_pc`; a thread is known
-// by its opaque `drcontext`. All functions have C linkage and are bound when first called, so a
-// client library loads without a runtime at hand.
+// by its opaque `drcontext`. All functions have C linkage.
+//
+// A client library that is compiled with DR_RUNTIME_IS_OPTIONAL refers to them weakly: it loads
+// without a runtime at hand, also where everything is bound at once.
 #pragma once
 
 #include <cstddef>
 #include <cstdint>
 
 #define DR_EXPORT extern "C" __attribute__((visibility("default")))
+#ifdef DR_RUNTIME_IS_OPTIONAL
+#define DR_API DR_EXPORT __attribute__((weak))
+#else
 #define DR_API DR_EXPORT
+#endif
 
 using byte = unsigned char;
 using uint = unsigned int;
