@@ -18,6 +18,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <mutex>
+#include <new>
 
 namespace short_lock {
 
@@ -84,6 +85,19 @@ template <class Native = pthread_mutex_t> bool try_unlock(std::mutex& mutex) {
     return change<Native>(mutex, 1, 0);
   else
     return false;
+}
+
+// In the child of a fork, which has the forking thread alone: if that one had taken the mutex by
+// its own functions, it keeps it under its new number. In the hands of a thread that is lost it
+// would never be free again, so it becomes free.
+template <class Native = pthread_mutex_t>
+void keep_over_fork(std::mutex& mutex, int number_before, int number) {
+  if constexpr (HasLockWord<Native>)
+    if (data<Native>(mutex).__owner == number_before) {
+      data<Native>(mutex).__owner = number;
+      return;
+    }
+  new (&mutex) std::mutex;
 }
 
 // How a count is changed together with a look at the mutex that guards it: by two registers that

@@ -3,6 +3,7 @@
 #include <pthread.h>
 #include <sys/mman.h>
 #include <sys/single_threaded.h>
+#include <unistd.h>
 
 #include <cstdio>
 
@@ -18,6 +19,12 @@ constinit thread_counts no_counts = {};
 TAVOK_SIGNAL_SAFE_TLS constinit thread_local thread_counts* own_counts = &no_counts;
 
 constinit thread_counts* free_counts = nullptr;  // guarded by icounts_mutex
+
+// Guards the structures once more, against a fork: icounts_mutex may be in the hands of the
+// program, which forks while it holds it. Taken last, and never held for longer than it takes to
+// change them.
+constinit std::mutex structures_mutex;
+constinit int forking_thread = 0;
 
 size_t place_number(const unsigned int* pc) {
   return reinterpret_cast<uintptr_t>(pc) / sizeof *pc % thread_counts::places_size;
@@ -44,8 +51,10 @@ struct Locked {
   Locked() {
     if (!short_lock::try_lock(icounts_mutex)) [[unlikely]]
       short_lock::lock(icounts_mutex);
+    structures_mutex.lock();
   }
   ~Locked() {
+    structures_mutex.unlock();
     if (!short_lock::try_unlock(icounts_mutex)) [[unlikely]]
       short_lock::wake(icounts_mutex);
   }
@@ -163,9 +172,15 @@ void end_thread_counts() {
 }
 
 void guard_sve_stats_over_fork() {
-  pthread_atfork([] { icounts_mutex.lock(); }, [] { icounts_mutex.unlock(); },
-                 [] {
-                   take_over_counts();
-                   icounts_mutex.unlock();
-                 });
+  const auto before = [] {
+    structures_mutex.lock();
+    forking_thread = gettid();
+  };
+  const auto after_in_child = [] {
+    take_over_counts();
+    structures_mutex.unlock();
+    short_lock::keep_over_fork(icounts_mutex, forking_thread, gettid());
+  };
+  pthread_atfork(
+      before, [] { structures_mutex.unlock(); }, after_in_child);
 }

@@ -68,5 +68,6 @@ void begin_thread_counts();
 void end_thread_counts();
 
 // Gives the child of a fork exact counts, and a lock that no lost thread holds, so that it can
-// count on. Once, when the library is loaded.
+// count on. A thread that forks while it holds the lock holds it in the child, too. Once, when the
+// library is loaded.
 void guard_sve_stats_over_fork();

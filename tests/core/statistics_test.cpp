@@ -245,4 +245,48 @@ TEST_F(Statistics, CountInAForkedChild) {
     thread.join();
 }
 
+// So may it be the forking thread's own, which then has it in the child and in that one's child; or
+// that of a thread which the forking one could wait for in vain.
+TEST_F(Statistics, CountInAChildForkedUnderTheLock) {
+  for (const bool own : {false, true}) {
+    uint32_t site = add_z0_p0_z0;
+    std::atomic<bool> locked = false, forked = false;
+    std::thread holder([&] {
+      if (!own)
+        icounts_mutex.lock();
+      locked = true;
+      while (!forked)
+        std::this_thread::yield();
+      if (!own)
+        icounts_mutex.unlock();
+    });
+    while (!locked)
+      std::this_thread::yield();
+    if (own)
+      icounts_mutex.lock();
+    const auto count = [&] {
+      if (own && icounts_mutex.try_lock())
+        fputs("the lock is free", stderr);
+      if (own)
+        icounts_mutex.unlock();
+      for (int i = 0; i < 2; i++)
+        update_sve_stats(&site, site);
+      if (sve_instr_count != 2 || !icounts_mutex.try_lock())
+        fputs("wrong count, or the lock is not free", stderr);
+    };
+    const child_result result = run_in_child([&] {
+      const child_result again = run_in_child(count);
+      fprintf(stderr, "%s%s", again.exited_with(0) ? "" : "the second child failed",
+              again.errors.c_str());
+      count();
+    });
+    forked = true;
+    if (own)
+      icounts_mutex.unlock();
+    holder.join();
+    EXPECT_TRUE(result.exited_with(0)) << result.status;
+    EXPECT_EQ(result.errors, "");
+  }
+}
+
 }  // namespace
