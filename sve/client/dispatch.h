@@ -90,6 +90,6 @@ TAVOK_EXPORT decode_stub is_sve(unsigned int word);
 
 // Carries out the instruction at the record's pc: counts it, advances pc by 4 and returns 0.
 // Returns aarch64_decode_unimplemented, with nothing changed, for a word without a row, and a
-// stub's own failure with pc unchanged.
+// stub's own failure with pc unchanged. The host's floating-point control and status stay.
 TAVOK_EXPORT aarch64_decode_rc execute_sve_instruction(cpu_state* state);
 }

@@ -7,6 +7,7 @@
 #include <array>
 #include <bit>
 
+#include "host/fp_unit.h"
 #include "sve/client/dispatch.h"
 #include "sve/client/statistics.h"
 #include "sve/client/sve_signals.h"
@@ -117,7 +118,12 @@ aarch64_decode_rc execute_sve_instruction(cpu_state* state) {
   const decode_stub stub = stub_to_execute(word);
   if (stub == nullptr)
     return aarch64_decode_unimplemented;
-  if (const aarch64_decode_rc result = stub(state, word); result != aarch64_decode_ok)
+  // Stubs of host floating point leave the record's status in the host's register, which for
+  // inserted code is the application's own. Whoever calls here has a register of its own.
+  const uint64_t own_status = host::read_fpsr();
+  const aarch64_decode_rc result = stub(state, word);
+  host::write_fpsr(own_status);
+  if (result != aarch64_decode_ok)
     return result;
   update_sve_stats(pc, word);
   state->pc += 4;

@@ -32,11 +32,11 @@ namespace model {
 template <class T> using vector = host::fp_vector<T>;
 
 // The host's unit with the context's controls, for the time of one instruction, whose flags it adds
-// to the context.
+// to the context. The unit's own registers are left as they were found.
 class HostUnit {
 public:
   explicit HostUnit(CpuContext* context)
-      : context_(context), saved_(host::read_fpcr()),
+      : context_(context), saved_(host::read_fpcr()), saved_status_(host::read_fpsr()),
         control_(context->fpcr & (3u << FPSCR_RMODE_SHIFT | FPSCR_FZ | FPSCR_DN)) {
     if (saved_ != control_)
       host::write_fpcr(control_);
@@ -46,6 +46,7 @@ public:
   HostUnit& operator=(const HostUnit&) = delete;
   ~HostUnit() {
     context_->fpsr = (context_->fpsr | static_cast<uint32_t>(host::read_fpsr())) & fpsr_bits;
+    host::write_fpsr(saved_status_);
     if (saved_ != control_)
       host::write_fpcr(saved_);
   }
@@ -56,6 +57,7 @@ public:
 private:
   CpuContext* context_;
   uint64_t saved_;
+  uint64_t saved_status_;
   uint32_t control_;
 };
 

@@ -11,6 +11,8 @@
 #include <string>
 #include <vector>
 
+#include "host/fp_unit.h"
+
 namespace {
 
 constexpr size_t expected_rows = 1483;
@@ -261,6 +263,20 @@ TEST(Execute, CarriesOutOneInstruction) {
   EXPECT_EQ(state.instruction, add_z1_p2_z3);
   for (unsigned i = 0; i < vector_bytes; i++)
     EXPECT_EQ(state.z[1][i], i + (i == 4 || i == 5 ? 0x10 : 0)) << i;
+}
+
+// Half precision goes by the model, single by the host's unit with the record's status.
+TEST(Execute, LeavesTheHostsFloatingPointStatus) {
+  constexpr uint32_t divided_by_zero = 2;
+  for (const uint32_t fdiv : {0x654d8000u, 0x658d8000u}) {  // FDIV Z0.H or .S, P0/M, Z0, Z0
+    cpu_state state = {};
+    state.pc = reinterpret_cast<uint64_t>(&fdiv);
+    memset(state.p[0], 1, vector_bytes);
+    host::write_fpsr(divided_by_zero);
+    EXPECT_EQ(execute_sve_instruction(&state), aarch64_decode_ok);
+    EXPECT_EQ(host::read_fpsr(), divided_by_zero);
+    EXPECT_EQ(state.fpsr, 1u);  // 0 by 0 is invalid
+  }
 }
 
 }  // namespace
