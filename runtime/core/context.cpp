@@ -95,6 +95,17 @@ void restore_thread_memory(Context& context, const unsigned char* from) {
   }
 }
 
+void inherit_thread_memory(Context& context, const Context& parent) {
+  ThreadMemory* to = context.memory;
+  for (ThreadMemory* from = parent.memory; from != nullptr && to != nullptr; from = from->next) {
+    if (from->size != to->size) {
+      return;
+    }
+    std::memcpy(bytes_of(to), bytes_of(from), to->size);
+    to = to->next;
+  }
+}
+
 }  // namespace core
 
 namespace ir {

@@ -85,5 +85,8 @@ void free_all_thread_memory(Context& context);
 size_t thread_memory_size(const Context& context);
 void save_thread_memory(const Context& context, unsigned char* to);
 void restore_thread_memory(Context& context, const unsigned char* from);
+// A new thread takes over what such memory of its parent, which waits for it, holds: as if it were
+// registers. Both have the same blocks, as far as the client allocates them when a thread begins.
+void inherit_thread_memory(Context& context, const Context& parent);
 
 }  // namespace core

@@ -25,6 +25,7 @@ constexpr size_t kRuntimeStack = 512U << 10;
 
 struct Birth {
   Thread* thread;
+  const Thread* parent;
   const CloneArguments* arguments;
   ClientActions client_actions;
   std::atomic<int> id;  // 0 until the thread has begun
@@ -47,6 +48,7 @@ void* thread_main(void* argument) {
   Thread* thread = birth->thread;
   set_client_actions(birth->client_actions);
   begin_thread(*thread);
+  core::inherit_thread_memory(thread->context, birth->parent->context);
   write_ids(*birth->arguments, thread->id);
   // The parent goes on, and `birth` with it.
   birth->id.store(thread->id);
@@ -155,7 +157,7 @@ int64_t create_thread(Thread& parent, const CloneArguments& arguments) {
   }
   Thread* child = new_thread();
   copy_registers(parent, arguments, *child);
-  Birth birth = {child, &arguments, client_actions(), {0}};
+  Birth birth = {child, &parent, &arguments, client_actions(), {0}};
   int64_t result = -EAGAIN;
   if (start_pthread(birth)) {
     renew_setxid_action();
