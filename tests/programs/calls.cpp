@@ -1,7 +1,8 @@
 // Vectors across function calls: the procedure call standard's vector and predicate arguments and
 // results, callee-saved Z and P registers spilled to frames of a scalable size (ADDVL, STR, LDR of
-// vectors and predicates), recursion, frames with variable arrays, function pointers, and results
-// that land in every general register.
+// vectors and predicates), recursion, frames with variable arrays, function pointers, exceptions
+// through such frames (the unwinder asks for the vector length), and results that land in every
+// general register.
 #include <cstring>
 
 #include "kernels.h"
@@ -11,6 +12,13 @@
 #endif
 
 namespace {
+
+// What a frame leaves when it is left.
+struct Leaving {
+  ~Leaving() { log = log * 31 + value; }
+  uint32_t& log;
+  const uint32_t value;
+};
 
 #ifdef __ARM_FEATURE_SVE
 
@@ -42,6 +50,32 @@ void work(uint32_t* out, const uint32_t* a, const uint32_t* b, int depth) {
   svuint32_t r = descend(g, svld1(svptrue_b32(), a), svld1(svptrue_b32(), b), depth);
   r = forms[depth & 1].call(g, r, svld1(svptrue_b32(), b));
   svst1(svptrue_b32(), out, r);
+}
+
+[[gnu::noipa]] svuint32_t climb(svuint32_t a, svuint32_t b, int depth, uint32_t& log) {
+  if (depth == 0)
+    throw svlasta(svpfalse(), sveor_x(svptrue_b32(), a, b));
+  const Leaving leaving{log, svlastb(svptrue_b32(), b)};
+  const svuint32_t r = climb(svadd_x(svptrue_b32(), b, depth), a, depth - 1, log);
+  return sveor_x(svptrue_b32(), r, svadd_x(svptrue_b32(), a, b));
+}
+
+[[gnu::noipa]] svuint32_t caught(svuint32_t a, svuint32_t b, int depth, uint32_t& log) {
+  const svuint32_t product = svmul_x(svptrue_b32(), a, b);
+  try {
+    return climb(a, b, depth, log);
+  } catch (const uint32_t thrown) {
+    return svmla_x(svptrue_b32(), b, product, thrown);
+  }
+}
+
+uint32_t exceptions(uint32_t* out, const uint32_t* a, const uint32_t* b, int depth) {
+  const svbool_t all = svptrue_b32();
+  uint32_t log = 0;
+  const svuint32_t first = svld1(all, a);
+  const svuint32_t r = caught(first, svld1(all, b), depth, log);
+  svst1(all, out, svadd_x(all, caught(r, first, depth / 2, log), first));
+  return log;
 }
 
 // Results in general registers, more at a time than a function has free ones.
@@ -137,6 +171,34 @@ void work(uint32_t* out, const uint32_t* a, const uint32_t* b, int depth) {
     mix(g, r, b, out);
 }
 
+void climb(const uint32_t* a, const uint32_t* b, int depth, uint32_t& log) {
+  if (depth == 0)
+    throw a[0] ^ b[0];
+  const Leaving leaving{log, b[count - 1]};
+  uint32_t added[count];
+  for (int i = 0; i < count; i++)
+    added[i] = b[i] + depth;
+  climb(added, a, depth - 1, log);
+}
+
+void caught(const uint32_t* a, const uint32_t* b, int depth, uint32_t& log, uint32_t* d) {
+  try {
+    climb(a, b, depth, log);
+  } catch (const uint32_t thrown) {
+    for (int i = 0; i < count; i++)
+      d[i] = a[i] * b[i] * thrown + b[i];
+  }
+}
+
+uint32_t exceptions(uint32_t* out, const uint32_t* a, const uint32_t* b, int depth) {
+  uint32_t log = 0, r[count], again[count];
+  caught(a, b, depth, log, r);
+  caught(r, a, depth / 2, log, again);
+  for (int i = 0; i < count; i++)
+    out[i] = again[i] + a[i];
+  return log;
+}
+
 uint64_t registers(const uint32_t* a) {
   uint64_t sum = 0;
   for (int i = 0; i < 26; i++) {
@@ -172,6 +234,8 @@ int main() {
     work(out, a, b, depth);
     printf("depth %d: %08x %08x %08x %08x, registers %016llx\n", depth, out[0], out[1], out[2],
            out[3], static_cast<unsigned long long>(registers(a)));
+    const uint32_t log = exceptions(out, a, b, depth);
+    printf("thrown: %08x %08x %08x %08x, left %08x\n", out[0], out[1], out[2], out[3], log);
   }
   printf("every register: %llx\n", static_cast<unsigned long long>(every_register()));
 }
