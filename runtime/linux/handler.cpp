@@ -9,7 +9,9 @@
 //   about to enter the cache      to core_enter_bail                -
 //   about to make a call          to os_call_bail                   -
 //   a fragment, between two       registers to the context, and     registers to the context, and
-//   instructions                  to core_enter_bail                to core_enter_bail
+//   instructions                  to core_enter_bail                to core_enter_bail; if a signal
+//                                                                   waits it is delivered, and the
+//                                                                   instruction runs again
 //   a fragment without calls,     its exits are unlinked            -
 //   elsewhere
 //   a fragment with calls, or     goes on, and sees `pending` at    the client's action; else the
@@ -19,6 +21,7 @@
 #include <asm/sigcontext.h>
 #include <ucontext.h>
 
+#include <algorithm>
 #include <cstring>
 #include <mutex>
 
@@ -77,8 +80,9 @@ void come_to_dispatcher(core::Context& context, mcontext_t& machine) {
   }
 }
 
-void block_everything(ucontext_t& interrupted) {
-  const uint64_t mask = kAllSignals & ~kNeverMasked;
+// All but what an instruction may raise on the way to the dispatcher.
+void block_others(const ThreadSignals& signals, ucontext_t& interrupted) {
+  const uint64_t mask = kAllSignals & ~(kTraps & ~signals.mask) & ~kNeverMasked;
   std::memcpy(&interrupted.uc_sigmask, &mask, sizeof mask);
 }
 
@@ -96,16 +100,25 @@ void record_unmasked(Thread& thread, const siginfo_t& info) {
   }
 }
 
+void record_waiting(ThreadSignals& signals, const siginfo_t& info) {
+  const siginfo_t* const end = signals.waiting + signals.waiting_count;
+  // What is not blocked may come again: like the kernel, keep one of a kind.
+  const bool again =
+      (signal_bit(info.si_signo) & kTraps) != 0 &&
+      std::any_of(static_cast<const siginfo_t*>(signals.waiting), end,
+                  [&](const siginfo_t& one) { return one.si_signo == info.si_signo; });
+  if (!again && signals.waiting_count < kMostWaiting) {
+    signals.waiting[signals.waiting_count++] = info;
+  }
+}
+
 void record_signal(Thread& thread, int signal, const siginfo_t& info, ucontext_t& interrupted) {
   if ((signal_bit(signal) & kNeverMasked) != 0) {
     record_unmasked(thread, info);
   } else {
-    ThreadSignals& signals = thread.signals;
-    if (signals.waiting_count < kMostWaiting) {
-      signals.waiting[signals.waiting_count++] = info;
-    }
+    record_waiting(thread.signals, info);
     core::add_pending(thread.context, kSignalPending);
-    block_everything(interrupted);
+    block_others(thread.signals, interrupted);
   }
   if (thread.context.pending != 0) {
     come_to_dispatcher(thread.context, interrupted.uc_mcontext);
@@ -128,6 +141,11 @@ void fault_in_cache(Thread& thread, const siginfo_t& info, ucontext_t& interrupt
   core::Context& context = thread.context;
   mcontext_t& machine = interrupted.uc_mcontext;
   load_fault_state(context, machine);
+  // What waits came first: the instruction runs again behind it.
+  if ((context.pending & ~core::kChangesPending) != 0) {
+    leave_cache(context, machine);
+    return;
+  }
   record_fault(thread, info, machine);
   // For these the address is that of the instruction.
   if (info.si_signo == SIGILL || info.si_signo == SIGTRAP || info.si_signo == SIGFPE) {
@@ -176,14 +194,14 @@ bool abandon_call(Thread& thread, const siginfo_t& info, mcontext_t& machine) {
 void handle_fault(Thread& thread, int signal, siginfo_t& info, ucontext_t& interrupted) {
   core::Context& context = thread.context;
   mcontext_t& machine = interrupted.uc_mcontext;
-  const bool wanted = application_handles(thread, signal);
   const bool cached = core::in_cache(*context.cache, machine.pc);
   // Another thread has this cache writable for a moment, where it cannot be both: try again.
   if (signal == SIGSEGV && cached && context.cache->toggles &&
       reinterpret_cast<uint64_t>(info.si_addr) == machine.pc) {
     return;
   }
-  if (cached && wanted) {
+  const bool wanted = application_handles(thread, signal);
+  if (cached && (wanted || (context.pending & ~core::kChangesPending) != 0)) {
     fault_in_cache(thread, info, interrupted);
     return;
   }
@@ -203,9 +221,7 @@ void handle_fault(Thread& thread, int signal, siginfo_t& info, ucontext_t& inter
 }
 
 bool is_synchronous(int signal, const siginfo_t& info) {
-  constexpr uint64_t kFaults = signal_bit(SIGSEGV) | signal_bit(SIGBUS) | signal_bit(SIGILL) |
-                               signal_bit(SIGFPE) | signal_bit(SIGTRAP);
-  return (signal_bit(signal) & kFaults) != 0 && info.si_code > 0;
+  return (signal_bit(signal) & kTraps) != 0 && info.si_code > 0;
 }
 
 }  // namespace

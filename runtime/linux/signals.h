@@ -15,6 +15,9 @@ constexpr uint64_t signal_bit(int signal) { return uint64_t{1} << (signal - 1); 
 // Never in the kernel's mask, whatever the application asks: a guarded read with SIGSEGV blocked
 // would kill the process.
 inline constexpr uint64_t kNeverMasked = signal_bit(SIGSEGV) | signal_bit(SIGBUS);
+// Those that an instruction raises: the kernel ends a process that blocks one when it is raised.
+inline constexpr uint64_t kTraps =
+    kNeverMasked | signal_bit(SIGILL) | signal_bit(SIGFPE) | signal_bit(SIGTRAP);
 inline constexpr uint64_t kUnblockable = signal_bit(SIGKILL) | signal_bit(SIGSTOP);
 inline constexpr uint64_t kAllSignals = ~uint64_t{0};
 

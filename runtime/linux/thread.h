@@ -23,7 +23,8 @@ struct ThreadSignals {
   bool has_temporary_mask;
   stack_t alternate;  // the application's
   // Signals that arrived and wait to be delivered, in order. One is the rule, since the first
-  // blocks all others; but a client that jumps out of its fault handler opens the mask again.
+  // blocks all others but traps; but a client that jumps out of its fault handler opens the mask
+  // again.
   siginfo_t waiting[kMostWaiting];
   unsigned waiting_count;
   siginfo_t fault;
