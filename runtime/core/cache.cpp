@@ -5,6 +5,8 @@
 #include <algorithm>
 #include <cstring>
 #include <mutex>
+#include <new>
+#include <utility>
 
 #include "runtime/core/block.h"
 #include "runtime/core/entry.h"
@@ -122,9 +124,7 @@ CacheWriter::CacheWriter(Cache& cache, uint32_t begin, uint32_t end)
 }
 
 CacheWriter::~CacheWriter() {
-  if (cache_.toggles) {
-    protect(cache_, PROT_READ | PROT_EXEC);
-  }
+  make_executable(cache_);
   char* base = reinterpret_cast<char*>(cache_.base);
   __builtin___clear_cache(base + begin_, base + end_);
 }
@@ -164,6 +164,21 @@ void destroy_cache(Cache* cache) {
   munmap(cache->base, cache->size);
   munmap(cache->table_mapping, 2 * kTableBytes);
   delete cache;
+}
+
+// What the tables had is lost: they may be half changed.
+void renew_cache(Cache& cache) {
+  munmap(cache.base, cache.size);
+  munmap(cache.table_mapping, 2 * kTableBytes);
+  Cache* const fresh = create_cache();
+  new (static_cast<CacheTables*>(&cache)) CacheTables(std::move(*fresh));
+  delete fresh;
+}
+
+void make_executable(const Cache& cache) {
+  if (cache.toggles) {
+    protect(cache, PROT_READ | PROT_EXEC);
+  }
 }
 
 void flush_cache(Cache& cache) {

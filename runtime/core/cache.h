@@ -116,10 +116,7 @@ struct CodeChange {
   uint64_t begin, end;
 };
 
-struct Cache {
-  // Held by the owner while it changes the tables below, and by another thread that unlinks. The
-  // owner reads without it, and its signal handler may while code of the cache runs.
-  Lock mutex;
+struct CacheTables {
   unsigned char* base;
   uint32_t size;
   uint32_t cursor;
@@ -143,12 +140,22 @@ struct Cache {
   std::vector<Literal> literals;
 };
 
+struct Cache : CacheTables {
+  // Held by the owner while it changes the tables, and by another thread that unlinks. The owner
+  // reads without it, and its signal handler may while code of the cache runs.
+  Lock mutex;
+};
+
 inline constexpr uint32_t kCacheSize = 32U << 20;
 // The last bytes of the cache are kept for prepare_replay.
 inline constexpr uint32_t kReplayRoom = 16384;
 
 Cache* create_cache();
 void destroy_cache(Cache* cache);
+// New memory and tables in the place of some that cannot be trusted.
+void renew_cache(Cache& cache);
+// Where a cache cannot be both: ends the time in which it may be written.
+void make_executable(const Cache& cache);
 // Forgets all fragments. Nothing of the cache may be running.
 void flush_cache(Cache& cache);
 

@@ -9,41 +9,39 @@
 namespace core {
 namespace {
 
-constinit Lock map_mutex;
 constinit RangeSet executable;
 
 }  // namespace
 
+constinit Lock code_map_mutex;
+
 void allow_execution(uint64_t begin, uint64_t end) {
-  const std::lock_guard lock(map_mutex);
+  const Change change(code_map_mutex);
   executable.add(begin, end);
 }
 
 void forbid_execution(uint64_t begin, uint64_t end) {
-  const std::lock_guard lock(map_mutex);
+  const Change change(code_map_mutex);
   if (begin < end) {
     executable.remove(begin, end);
   }
 }
 
 uint64_t executable_end(uint64_t pc) {
-  const std::lock_guard lock(map_mutex);
+  const std::lock_guard lock(code_map_mutex);
   return executable.end_of_range(pc);
 }
 
 uint64_t next_executable(uint64_t pc) {
-  const std::lock_guard lock(map_mutex);
+  const std::lock_guard lock(code_map_mutex);
   const auto next = executable.first_behind(pc);
   return next != executable.ranges.end() ? next->begin : ~uint64_t{0};
 }
 
 uint64_t executable_size(uint64_t pc, uint64_t size) {
-  const std::lock_guard lock(map_mutex);
+  const std::lock_guard lock(code_map_mutex);
   const uint64_t limit = executable.end_of_range(pc);
   return limit == 0 ? 0 : std::min(size, limit - pc);
 }
-
-void lock_code_map() { map_mutex.lock(); }
-void unlock_code_map() { map_mutex.unlock(); }
 
 }  // namespace core

@@ -4,6 +4,8 @@
 
 #include <cstdint>
 
+#include "runtime/core/lock.h"
+
 namespace core {
 
 void allow_execution(uint64_t begin, uint64_t end);
@@ -18,7 +20,6 @@ uint64_t next_executable(uint64_t pc);
 uint64_t executable_size(uint64_t pc, uint64_t size);
 
 // The table's lock, to be held over a fork.
-void lock_code_map();
-void unlock_code_map();
+extern Lock code_map_mutex;
 
 }  // namespace core

@@ -1,6 +1,5 @@
 #include "runtime/core/context.h"
 
-#include <cstdlib>
 #include <cstring>
 #include <new>
 
@@ -47,10 +46,8 @@ void* allocate_thread_memory(Context& context, size_t size) {
   constexpr size_t kAlignment = 16;
   static_assert(sizeof(ThreadMemory) % kAlignment == 0);
   const size_t total = (sizeof(ThreadMemory) + size + kAlignment - 1) / kAlignment * kAlignment;
-  void* block = std::aligned_alloc(kAlignment, total);
-  if (block == nullptr) {
-    return nullptr;
-  }
+  static_assert(kAlignment <= __STDCPP_DEFAULT_NEW_ALIGNMENT__);
+  void* block = operator new(total);
   std::memset(block, 0, total);
   context.memory = new (block) ThreadMemory{context.memory, size};
   return bytes_of(context.memory);
@@ -61,7 +58,7 @@ void free_thread_memory(Context& context, void* memory) {
     if (bytes_of(*link) == memory) {
       ThreadMemory* block = *link;
       *link = block->next;
-      std::free(block);
+      operator delete(block);
       return;
     }
   }

@@ -76,7 +76,7 @@ void set_current_context(Context* context);
 // The table without any entry: with it, every indirect branch leaves the cache.
 const LookupEntry* empty_lookup_table();
 
-// Memory that belongs to the thread, zeroed, 16-byte aligned; null if there is none.
+// Memory that belongs to the thread, zeroed, 16-byte aligned.
 void* allocate_thread_memory(Context& context, size_t size);
 void free_thread_memory(Context& context, void* memory);
 void free_all_thread_memory(Context& context);

@@ -4,6 +4,7 @@
 #include <cstring>
 #include <iterator>
 #include <mutex>
+#include <new>
 #include <vector>
 
 #include "runtime/core/entry.h"
@@ -86,8 +87,13 @@ DecodedPage& DecodedPages::get(uint64_t address) {
   return *page;
 }
 
-constinit Lock decoded_mutex;
 constinit DecodedPages decoded;
+
+}  // namespace
+
+constinit Lock decoded_mutex;
+
+namespace {
 
 bool holds(uint64_t address, uint32_t word) {
   uint32_t now;
@@ -154,7 +160,6 @@ void note_decoded(uint64_t pc, const uint32_t* words, unsigned count) {
 bool forget_decoded(uint64_t begin, uint64_t end) { return forget(begin, end, false); }
 bool forget_rewritten(uint64_t begin, uint64_t end) { return forget(begin, end, true); }
 
-void lock_decoded() { decoded_mutex.lock(); }
-void unlock_decoded() { decoded_mutex.unlock(); }
+void abandon_decoded() { new (&decoded) DecodedPages; }
 
 }  // namespace core

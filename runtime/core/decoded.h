@@ -5,6 +5,8 @@
 
 #include <cstdint>
 
+#include "runtime/core/lock.h"
+
 namespace core {
 
 // Fragments will be built from these words, which stood at `pc`. Whoever notes them looks behind it
@@ -18,7 +20,8 @@ bool forget_decoded(uint64_t begin, uint64_t end);
 bool forget_rewritten(uint64_t begin, uint64_t end);
 
 // The table's lock, to be held over a fork.
-void lock_decoded();
-void unlock_decoded();
+extern Lock decoded_mutex;
+// A new table, after a change of the old one was broken off. Every thread has to forget all.
+void abandon_decoded();
 
 }  // namespace core

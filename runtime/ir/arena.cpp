@@ -1,4 +1,3 @@
-#include <cstdlib>
 
 #include "runtime/ir/arena.h"
 
@@ -13,10 +12,7 @@ struct arena::chunk {
 };
 
 void grow(arena& memory) {
-  auto* const added = static_cast<arena::chunk*>(std::malloc(sizeof(arena::chunk)));
-  if (added == nullptr) {
-    std::abort();
-  }
+  auto* const added = new arena::chunk;
   added->next = memory.chunks;
   memory.chunks = added;
   for (instr_t& instr : added->instructions) {
@@ -27,7 +23,7 @@ void grow(arena& memory) {
 void dispose(arena& memory) {
   while (memory.chunks != nullptr) {
     arena::chunk* const next = memory.chunks->next;
-    std::free(memory.chunks);
+    delete memory.chunks;
     memory.chunks = next;
   }
   memory.free = nullptr;

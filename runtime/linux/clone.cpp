@@ -161,13 +161,18 @@ int64_t vfork_process(Thread& parent, const CloneArguments& arguments, uint64_t 
   // If the child's memory is a copy, no other thread will ever release a lock in it.
   lock_runtime();
   const int64_t id = os_vfork(flags, run_vfork_child, &child);
+  bool forget = false;
   if (child.began) {
+    forget = take_over(parent);
     lock_runtime();
   } else {
     can_borrow = id < 0;
   }
   saved.restore(parent);  // while nobody asks the thread to forget anything
   unlock_runtime();
+  if (forget) {
+    forget_everything(parent);
+  }
   if (id > 0 && (arguments.flags & CLONE_PARENT_SETTID) != 0) {
     write_word(arguments.parent_tid, static_cast<int>(id));
   }

@@ -9,12 +9,10 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
-#include <new>
 #include <string>
 
 #include "runtime/core/block.h"
 #include "runtime/core/client.h"
-#include "runtime/core/fatal.h"
 #include "runtime/core/identification.h"
 #include "runtime/core/predict.h"
 #include "runtime/linux/client_switches.h"
@@ -136,7 +134,6 @@ Thread& load(const std::string& path, char** arguments, char** environment) {
 }
 
 int launch(int argc, char** argv, char** environment) {
-  std::set_new_handler([] { core::fatal("no memory"); });
   begin_messages();
   options = read_options(argc, argv);
   if (options.status >= 0) {

@@ -7,7 +7,6 @@
 #include <sstream>
 
 #include "runtime/core/code_map.h"
-#include "runtime/core/lock.h"
 #include "runtime/core/ranges.h"
 #include "runtime/linux/stack.h"
 #include "runtime/linux/syscalls.h"
@@ -15,7 +14,6 @@
 namespace os {
 namespace {
 
-constinit core::Lock memory_mutex;
 constinit core::RangeSet memory;
 
 struct Line {
@@ -76,20 +74,22 @@ void append_shown(std::string& to, const Line& line) {
 
 }  // namespace
 
+constinit core::Lock application_memory_mutex;
+
 void note_application_memory(uint64_t begin, uint64_t end) {
-  const std::lock_guard lock(memory_mutex);
+  const core::Change change(application_memory_mutex);
   memory.add(begin, end);
 }
 
 void forget_application_memory(uint64_t begin, uint64_t end) {
-  const std::lock_guard lock(memory_mutex);
+  const core::Change change(application_memory_mutex);
   if (begin < end) {
     memory.remove(begin, end);
   }
 }
 
 std::string shown_maps(const std::string& host) {
-  const std::lock_guard lock(memory_mutex);
+  const std::lock_guard lock(application_memory_mutex);
   std::istringstream lines(host);
   std::string shown, text;
   Line line;
@@ -100,8 +100,5 @@ std::string shown_maps(const std::string& host) {
   }
   return shown;
 }
-
-void lock_application_memory() { memory_mutex.lock(); }
-void unlock_application_memory() { memory_mutex.unlock(); }
 
 }  // namespace os

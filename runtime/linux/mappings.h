@@ -4,6 +4,8 @@
 #include <cstdint>
 #include <string>
 
+#include "runtime/core/lock.h"
+
 namespace os {
 
 void note_application_memory(uint64_t begin, uint64_t end);
@@ -14,7 +16,6 @@ void forget_application_memory(uint64_t begin, uint64_t end);
 std::string shown_maps(const std::string& host);
 
 // The table's lock, to be held over a fork.
-void lock_application_memory();
-void unlock_application_memory();
+extern core::Lock application_memory_mutex;
 
 }  // namespace os

@@ -16,6 +16,9 @@
 #include "runtime/linux/pages.h"
 
 namespace os {
+
+constinit core::Lock modules_mutex;
+
 namespace {
 
 // What the client is given. It asks for each block, so all its answers about a module are the same
@@ -31,7 +34,6 @@ struct Module {
   bool main;
 };
 
-constinit core::Lock modules_mutex;
 constinit std::vector<Module> modules;
 
 template <typename Type> bool read_memory(uint64_t address, Type& to) {
@@ -98,7 +100,7 @@ template <typename Predicate> module_data_t* find_module(Predicate predicate) {
 }  // namespace
 
 void add_module(uint64_t begin, uint64_t end, uint64_t entry, std::string path, bool main) {
-  const std::lock_guard lock(modules_mutex);
+  const core::Change change(modules_mutex);
   modules.push_back({begin, end, new_data(begin, end, entry, std::move(path)), main});
 }
 
@@ -111,7 +113,7 @@ void note_file_mapping(uint64_t address, uint64_t size, int fd) {
 }
 
 void forget_modules(uint64_t begin, uint64_t end) {
-  const std::lock_guard lock(modules_mutex);
+  const core::Change change(modules_mutex);
   std::erase_if(modules, [=](const Module& module) {
     const bool gone = module.begin >= begin && module.begin < end;
     if (gone) {
@@ -120,9 +122,6 @@ void forget_modules(uint64_t begin, uint64_t end) {
     return gone;
   });
 }
-
-void lock_modules() { modules_mutex.lock(); }
-void unlock_modules() { modules_mutex.unlock(); }
 
 }  // namespace os
 

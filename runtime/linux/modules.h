@@ -4,6 +4,8 @@
 #include <cstdint>
 #include <string>
 
+#include "runtime/core/lock.h"
+
 namespace os {
 
 void add_module(uint64_t begin, uint64_t end, uint64_t entry, std::string path, bool main);
@@ -13,7 +15,6 @@ void note_file_mapping(uint64_t address, uint64_t size, int fd);
 void forget_modules(uint64_t begin, uint64_t end);
 
 // The table's lock, to be held over a fork.
-void lock_modules();
-void unlock_modules();
+extern core::Lock modules_mutex;
 
 }  // namespace os

@@ -6,9 +6,7 @@
 
 #include <atomic>
 #include <cstdio>
-#include <cstdlib>
 #include <mutex>
-#include <new>
 
 #include "runtime/core/cache.h"
 #include "runtime/core/client.h"
@@ -16,6 +14,7 @@
 #include "runtime/core/decoded.h"
 #include "runtime/core/dispatch.h"
 #include "runtime/core/fatal.h"
+#include "runtime/core/memory.h"
 #include "runtime/linux/mappings.h"
 #include "runtime/linux/messages.h"
 #include "runtime/linux/modules.h"
@@ -31,7 +30,7 @@ Options options;
 
 namespace {
 
-constinit std::mutex threads_mutex;
+constinit core::Lock threads_mutex;
 constinit Thread* threads = nullptr;
 constinit int running = 0;  // of them, those that have not begun to end
 constinit std::atomic_flag ending = {};
@@ -64,11 +63,7 @@ void run_exit_events() {
 }  // namespace
 
 Thread* new_thread() {
-  void* memory = std::aligned_alloc(alignof(Thread), sizeof(Thread));
-  if (memory == nullptr) {
-    core::fatal("no memory for a thread");
-  }
-  auto* thread = new (memory) Thread{};
+  auto* thread = new Thread{};
   thread->context.cache = core::create_cache();
   thread->context.last_exit = EXIT_NONE;
   thread->signals.actions = &process_actions;
@@ -91,8 +86,7 @@ void delete_thread(Thread* thread) {
   core::destroy_cache(thread->context.cache);
   core::free_all_thread_memory(thread->context);
   ir::dispose(thread->context.arena);
-  thread->~Thread();
-  std::free(thread);
+  delete thread;
 }
 
 bool leave_process() {
@@ -109,6 +103,9 @@ void keep_only(Thread& thread) {
 }
 
 void begin_thread(Thread& thread) {
+  if (!thread.main) {
+    core::draw_lock_owner();
+  }
   core::set_current_context(&thread.context);
   thread.id = static_cast<int>(syscall(SYS_gettid));
   prepare_thread_signals(thread);
@@ -151,6 +148,8 @@ void forget_everywhere(Thread& thread, uint64_t begin, uint64_t end) {
 
 }  // namespace
 
+void forget_everything(Thread& thread) { forget_everywhere(thread, 0, ~uint64_t{0}); }
+
 void mapping_changed(Thread& thread, uint64_t begin, uint64_t end) {
   if (core::forget_decoded(begin, end)) {
     forget_everywhere(thread, begin, end);
@@ -163,26 +162,52 @@ void code_written(Thread& thread, uint64_t begin, uint64_t end) {
   }
 }
 
+namespace {
+
+// In the order in which they are taken.
+constinit core::Lock* const locks[] = {
+    &mappings_mutex,       &threads_mutex,       &process_actions.mutex,
+    &modules_mutex,        &break_mutex,         &application_memory_mutex,
+    &core::code_map_mutex, &core::decoded_mutex, &core::memory_mutex};
+
+}  // namespace
+
 void lock_runtime() {
-  lock_mappings();
-  threads_mutex.lock();
-  process_actions.mutex.lock();
-  lock_modules();
-  lock_break();
-  lock_application_memory();
-  core::lock_code_map();
-  core::lock_decoded();
+  for (core::Lock* lock : locks) {
+    lock->lock();
+  }
 }
 
 void unlock_runtime() {
-  core::unlock_decoded();
-  core::unlock_code_map();
-  unlock_application_memory();
-  unlock_break();
-  unlock_modules();
-  process_actions.mutex.unlock();
-  threads_mutex.unlock();
-  unlock_mappings();
+  for (core::Lock* lock : locks) {
+    lock->unlock();
+  }
+}
+
+bool take_over(Thread& thread) {
+  // Another's cache is held with the list of all threads only.
+  for (Thread* other = threads_mutex.is_own() ? threads : nullptr; other != nullptr;
+       other = other->next) {
+    if (other != &thread && other->context.cache->mutex.unlock_own()) {
+      core::make_executable(*other->context.cache);
+    }
+  }
+  core::Cache& cache = *thread.context.cache;
+  if (cache.mutex.is_own()) {
+    core::renew_cache(cache);
+    thread.context.arena = {};
+    cache.mutex.unlock();
+  }
+  const bool decoding = core::decoded_mutex.is_own();
+  if (decoding) {
+    core::abandon_decoded();
+  }
+  for (core::Lock* lock : locks) {
+    if (lock->unlock_own() && lock->changing) {
+      core::fatal("a child was killed while it changed a table of its parent's");
+    }
+  }
+  return decoding;
 }
 
 int64_t sys_exit_group(Thread& thread, const Call& call) {

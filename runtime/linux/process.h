@@ -43,8 +43,13 @@ void run_application(Thread& thread);
 void mapping_changed(Thread& thread, uint64_t begin, uint64_t end);
 void code_written(Thread& thread, uint64_t begin, uint64_t end);
 
+void forget_everything(Thread& thread);
+
 // All locks of the runtime, to be held over a fork.
 void lock_runtime();
 void unlock_runtime();
+// What a vfork child that ran as `thread` held when it was killed is released, and what it left
+// half done made anew. Returns whether all threads have to forget their fragments.
+bool take_over(Thread& thread);
 
 }  // namespace os

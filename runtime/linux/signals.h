@@ -3,8 +3,8 @@
 
 #include <csignal>
 #include <cstdint>
-#include <mutex>
 
+#include "runtime/core/lock.h"
 #include "runtime/linux/thread.h"
 
 namespace os {
@@ -43,7 +43,7 @@ struct SignalAction {
 inline constexpr int kSignals = 64;
 
 struct ActionTable {
-  std::mutex mutex;
+  core::Lock mutex;
   SignalAction actions[kSignals + 1];
 };
 extern ActionTable process_actions;

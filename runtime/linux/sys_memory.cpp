@@ -6,6 +6,7 @@
 #include <mutex>
 
 #include "runtime/core/code_map.h"
+#include "runtime/core/lock.h"
 #include "runtime/linux/mappings.h"
 #include "runtime/linux/modules.h"
 #include "runtime/linux/pages.h"
@@ -19,14 +20,9 @@ namespace {
 constexpr uint64_t kBreakRoom = 256U << 20;
 
 struct Break {
-  std::mutex mutex;
   uint64_t begin, current, limit;
 };
 constinit Break program_break = {};
-
-// Held while a mapping changes and the tables follow: between the two another thread might map
-// something else there, which the tables would then deny.
-constinit std::mutex mappings_mutex;
 
 void* at(uint64_t address) { return reinterpret_cast<void*>(address); }
 
@@ -67,6 +63,8 @@ bool set_break(uint64_t wanted) {
 
 }  // namespace
 
+constinit core::Lock mappings_mutex, break_mutex;
+
 void set_initial_break(uint64_t begin) {
   const uint64_t start = page_ceiling(begin);
   void* got = mmap(at(start), kBreakRoom, PROT_NONE,
@@ -82,13 +80,8 @@ void set_initial_break(uint64_t begin) {
 
 core::Range heap_range() { return {program_break.begin, page_ceiling(program_break.current)}; }
 
-void lock_mappings() { mappings_mutex.lock(); }
-void unlock_mappings() { mappings_mutex.unlock(); }
-void lock_break() { program_break.mutex.lock(); }
-void unlock_break() { program_break.mutex.unlock(); }
-
 int64_t sys_brk(Thread&, const Call& call) {
-  const std::lock_guard lock(program_break.mutex);
+  const std::lock_guard lock(break_mutex);
   const uint64_t wanted = call.arguments[0];
   if (wanted >= program_break.begin && wanted <= program_break.limit && set_break(wanted)) {
     program_break.current = wanted;

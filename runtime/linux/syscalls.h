@@ -3,6 +3,7 @@
 
 #include <cstdint>
 
+#include "runtime/core/lock.h"
 #include "runtime/core/ranges.h"
 #include "runtime/linux/thread.h"
 
@@ -59,10 +60,8 @@ void set_initial_break(uint64_t begin);
 // The part of it that is in use, in whole pages. Without its lock: for a text that is out of date
 // as soon as it is made.
 core::Range heap_range();
-// Its lock, to be held over a fork.
-void lock_mappings();
-void unlock_mappings();
-void lock_break();
-void unlock_break();
+// Held while a mapping changes and the tables follow: between the two another thread might map
+// something else there, which the tables would then deny.
+extern core::Lock mappings_mutex, break_mutex;
 
 }  // namespace os

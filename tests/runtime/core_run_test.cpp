@@ -349,4 +349,26 @@ TEST(Run, KnowsTheStateInIndirectBranches) {
   }
 }
 
+// No block overlaps another, whatever was given back meanwhile.
+TEST(Heap, KeepsBlocksApart) {
+  struct Block {
+    std::unique_ptr<unsigned char[]> bytes;
+    size_t size;
+  };
+  std::vector<Block> blocks(300);
+  uint32_t random = 1;
+  for (unsigned i = 0; i < 20000; ++i) {
+    random = random * 1103515245 + 12345;
+    Block& block = blocks[random >> 8 & 0xff];
+    const auto mark = static_cast<unsigned char>(&block - blocks.data());
+    for (size_t k = 0; k < block.size; ++k) {
+      ASSERT_EQ(block.bytes[k], mark);
+    }
+    block.size = (random >> 20) >> (random >> 4 & 15) << (random & 3);
+    block.bytes.reset(new unsigned char[block.size]);
+    ASSERT_EQ(reinterpret_cast<uintptr_t>(block.bytes.get()) % 16, 0u);
+    std::memset(block.bytes.get(), mark, block.size);
+  }
+}
+
 }  // namespace

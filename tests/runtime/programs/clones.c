@@ -5,6 +5,7 @@
 #include <linux/futex.h>
 #include <linux/sched.h>
 #include <poll.h>
+#include <pthread.h>
 #include <sched.h>
 #include <signal.h>
 #include <stdint.h>
@@ -154,11 +155,63 @@ static void signals_to_ending_threads(void) {
   check("signals to ending threads", taken == SENT);
 }
 
+// Children that borrow the memory, and are killed while the runtime builds, forgets, and follows
+// their calls: the parent goes on.
+static volatile pid_t* victim;
+
+static void* kill_victims(void* unused) {
+  for (unsigned random = 1;; random = random * 1103515245 + 12345) {
+    const pid_t found = *victim;
+    for (unsigned i = 0; found > 0 && i < random >> 16; ++i) {
+      __asm__ volatile("");
+    }
+    if (found > 0) {
+      *victim = 0;
+      kill(found, SIGKILL);
+    } else if (found < 0) {
+      return unused;
+    }
+    sched_yield();
+  }
+}
+
+static int rewritten(uint32_t* code, unsigned value) {
+  code[0] = 0x52800000 | (value & 0xffff) << 5;  // MOV W0, #value; RET
+  code[1] = 0xd65f03c0;
+  __builtin___clear_cache((char*)code, (char*)(code + 2));
+  return ((int (*)(void))(uintptr_t)code)() == (int)(value & 0xffff);
+}
+
+static void killed_in_the_runtime(void) {
+  enum { CHILDREN = 150 };
+  uint32_t* const code =
+      mmap(NULL, 65536, PROT_READ | PROT_WRITE | PROT_EXEC, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
+  victim = mmap(NULL, 4096, PROT_READ | PROT_WRITE, MAP_SHARED | MAP_ANONYMOUS, -1, 0);
+  pthread_t killer;
+  pthread_create(&killer, NULL, kill_victims, NULL);
+  for (int i = 0; i < CHILDREN; ++i) {
+    int status = 0;
+    const pid_t child = vfork();
+    if (child == 0) {
+      *victim = getpid();
+      for (unsigned value = 0;; ++value) {
+        rewritten(code + value % 1000 * 16, value);
+        sbrk(0);
+      }
+    }
+    check("killed child", waitpid(child, &status, 0) == child && WTERMSIG(status) == SIGKILL);
+    check("code behind it", rewritten(code + i, (unsigned)i));
+  }
+  *victim = -1;
+  pthread_join(killer, NULL);
+}
+
 int main(void) {
   thread();
   child_without_handlers(0);
   child_without_handlers(CLONE_VM | CLONE_VFORK);
   signals_to_ending_threads();
+  killed_in_the_runtime();
   printf("clones: %d failures\n", failures);
   return failures != 0;
 }
