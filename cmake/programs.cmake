@@ -3,7 +3,8 @@
 # Processors without SVE: the first has no half precision and no large-system atomics, the second
 # has both. On an AArch64 machine the programs run on that machine.
 if(CMAKE_CROSSCOMPILING)
-  set(TAVOK_PROGRAM_CPUS cortex-a72 neoverse-n1)
+  set(TAVOK_PROGRAM_CPUS cortex-a72 neoverse-n1
+    CACHE STRING "qemu-user's processor models for the tests of programs")
 else()
   set(TAVOK_PROGRAM_CPUS host)
 endif()
