@@ -15,7 +15,8 @@ struct Image {
   unsigned header_count;
 };
 
-// Maps the segments of `fd`; a file that may lie anywhere goes to `hint` if that is free. Text is
+// Maps the segments of `fd`; a file that may lie anywhere goes to `hint` if that is free, or to
+// where Linux maps things if it is 0. Text is
 // mapped without execute permission and entered in the code map. Returns the reason of a failure,
 // null on success.
 const char* map_image(int fd, const ElfHeaders& headers, uint64_t hint, Image& image);

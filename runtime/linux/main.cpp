@@ -4,6 +4,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <bit>
 #include <cerrno>
 #include <climits>
 #include <cstdio>
@@ -30,9 +31,18 @@
 namespace os {
 namespace {
 
-// Far from the launcher, its heap and the kernel's mappings, for programs that may lie anywhere.
-constexpr uint64_t kProgramHint = 0x5700000000;
-constexpr uint64_t kInterpreterHint = 0x5f00000000;
+// Where a program goes that may lie anywhere: near the place of Linux's own choice, two thirds up
+// the address space, which a sanitizer takes for granted. There the launcher's heap begins, at
+// random if Linux puts programs there at random.
+uint64_t program_hint(char** environment) {
+  constexpr uint64_t kRoomForHeap = 1U << 30, kSimulator = 0x5700000000;
+  const uint64_t space = std::bit_ceil(reinterpret_cast<uint64_t>(environment));
+  const uint64_t place = page_ceiling(space / 3 * 2), heap = reinterpret_cast<uint64_t>(sbrk(0));
+  if (heap - place < 2 * kRoomForHeap) {
+    return page_ceiling(heap) + kRoomForHeap;
+  }
+  return space == uint64_t{1} << 48 ? place + kRoomForHeap : kSimulator;
+}
 
 struct Program {
   int fd;
@@ -112,12 +122,12 @@ Thread& load(const std::string& path, char** arguments, char** environment) {
   const std::string& interpreter_path = program.headers.interpreter;
   const bool dynamic = !interpreter_path.empty();
   Program interpreter = dynamic ? open_program(interpreter_path) : Program{};
-  map_program(program, path, kProgramHint);
+  map_program(program, path, program_hint(environment));
   const Image& image = program.image;
   add_module(image.begin, image.end, image.entry, paths.application, true);
   set_initial_break(image.end);
   if (dynamic) {
-    map_program(interpreter, interpreter_path, kInterpreterHint);
+    map_program(interpreter, interpreter_path, 0);
     const Image& mapped = interpreter.image;
     add_module(mapped.begin, mapped.end, mapped.entry, real_path(interpreter_path), false);
   }

@@ -166,9 +166,8 @@ namespace {
 
 // In the order in which they are taken.
 constinit core::Lock* const locks[] = {
-    &mappings_mutex,       &threads_mutex,       &process_actions.mutex,
-    &modules_mutex,        &break_mutex,         &application_memory_mutex,
-    &core::code_map_mutex, &core::decoded_mutex, &core::memory_mutex};
+    &mappings_mutex,           &threads_mutex,        &process_actions.mutex, &modules_mutex,
+    &application_memory_mutex, &core::code_map_mutex, &core::decoded_mutex,   &core::memory_mutex};
 
 }  // namespace
 

@@ -16,11 +16,11 @@
 namespace os {
 namespace {
 
-// Behind it malloc goes over to mmap.
-constexpr uint64_t kBreakRoom = 256U << 20;
+// No machine has as much, and a simulator that is asked for it finds no place any more.
+constexpr uint64_t kMostBreak = uint64_t{1} << 40;
 
 struct Break {
-  uint64_t begin, current, limit;
+  uint64_t begin, current;
 };
 constinit Break program_break = {};
 
@@ -32,6 +32,16 @@ bool failed(int64_t result) { return result < 0 && result > -4096; }
 uint64_t without_execution(uint64_t protection) {
   const bool code = (protection & PROT_EXEC) != 0;
   return (protection & ~uint64_t{PROT_EXEC}) | (code ? PROT_READ : 0);
+}
+
+bool map_exactly(uint64_t begin, uint64_t size) {
+  // By a hint: a simulator may refuse free memory to MAP_FIXED_NOREPLACE.
+  void* const got =
+      mmap(at(begin), size, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
+  if (got != MAP_FAILED && got != at(begin)) {
+    munmap(got, size);
+  }
+  return got == at(begin);
 }
 
 // What the tables must know when [begin, begin + size) becomes a new mapping or none.
@@ -47,43 +57,38 @@ void note_change(Thread& thread, uint64_t begin, uint64_t size, bool executable)
   }
 }
 
-bool set_break(uint64_t wanted) {
+// Like the kernel's own break: what lies behind it belongs to nobody, and may stop it.
+bool set_break(Thread& thread, uint64_t wanted) {
   const uint64_t old_end = page_ceiling(program_break.current);
   const uint64_t new_end = page_ceiling(wanted);
-  if (new_end > old_end) {
-    note_application_memory(old_end, new_end);
-    return mprotect(at(old_end), new_end - old_end, PROT_READ | PROT_WRITE) == 0;
+  if (new_end < old_end) {
+    forget_application_memory(new_end, old_end);
+    note_change(thread, new_end, old_end - new_end, false);
+    return munmap(at(new_end), old_end - new_end) == 0;
   }
-  forget_application_memory(new_end, old_end);
-  // Mapped anew, so that memory that comes back later is zero.
-  return new_end == old_end ||
-         mmap(at(new_end), old_end - new_end, PROT_NONE,
-              MAP_PRIVATE | MAP_ANONYMOUS | MAP_NORESERVE | MAP_FIXED, -1, 0) != MAP_FAILED;
+  if (new_end > old_end && !map_exactly(old_end, new_end - old_end)) {
+    return false;
+  }
+  note_application_memory(old_end, new_end);
+  return true;
 }
 
 }  // namespace
 
-constinit core::Lock mappings_mutex, break_mutex;
+constinit core::Lock mappings_mutex;
 
 void set_initial_break(uint64_t begin) {
-  const uint64_t start = page_ceiling(begin);
-  void* got = mmap(at(start), kBreakRoom, PROT_NONE,
-                   MAP_PRIVATE | MAP_ANONYMOUS | MAP_NORESERVE | MAP_FIXED_NOREPLACE, -1, 0);
-  if (got != MAP_FAILED && got != at(start)) {
-    munmap(got, kBreakRoom);
-    got = MAP_FAILED;
-  }
-  program_break.begin = start;
-  program_break.current = start;
-  program_break.limit = got == MAP_FAILED ? start : start + kBreakRoom;
+  program_break.begin = page_ceiling(begin);
+  program_break.current = program_break.begin;
 }
 
 core::Range heap_range() { return {program_break.begin, page_ceiling(program_break.current)}; }
 
-int64_t sys_brk(Thread&, const Call& call) {
-  const std::lock_guard lock(break_mutex);
+int64_t sys_brk(Thread& thread, const Call& call) {
+  const std::lock_guard lock(mappings_mutex);
   const uint64_t wanted = call.arguments[0];
-  if (wanted >= program_break.begin && wanted <= program_break.limit && set_break(wanted)) {
+  if (wanted >= program_break.begin && wanted - program_break.begin <= kMostBreak &&
+      set_break(thread, wanted)) {
     program_break.current = wanted;
   }
   return static_cast<int64_t>(program_break.current);

@@ -55,13 +55,13 @@ int64_t sys_sigaltstack(Thread& thread, const Call& call);
 // A call that replaces the mask while it waits.
 int64_t sys_wait_with_mask(Thread& thread, const Call& call);
 
-// The application's break: [begin, reserved) is set aside for it.
+// The application's break begins at the next page.
 void set_initial_break(uint64_t begin);
 // The part of it that is in use, in whole pages. Without its lock: for a text that is out of date
 // as soon as it is made.
 core::Range heap_range();
 // Held while a mapping changes and the tables follow: between the two another thread might map
 // something else there, which the tables would then deny.
-extern core::Lock mappings_mutex, break_mutex;
+extern core::Lock mappings_mutex;
 
 }  // namespace os

@@ -1,6 +1,7 @@
 // The calls that the runtime follows or answers itself: break, mappings, protections.
 #define _GNU_SOURCE
 #include <errno.h>
+#include <stdint.h>
 #include <stdio.h>
 #include <stdlib.h>
 #include <string.h>
@@ -20,6 +21,21 @@ static void break_grows_and_shrinks(void) {
   }
   printf("zero again: %d\n", zero);
   printf("too much: %d %d\n", sbrk(1L << 46) == (void*)-1, errno == ENOMEM);
+}
+
+// What lies behind the break belongs to nobody, and may stop it.
+static void behind_the_break(void) {
+  enum { BEHIND = 1 << 20 };
+  const size_t page = (size_t)sysconf(_SC_PAGESIZE);
+  char* at = (char*)(((uintptr_t)sbrk(0) + BEHIND) & ~(page - 1));
+  unsigned char resident;
+  printf("behind: %d %d\n", mincore(at, page, &resident), errno == ENOMEM);
+  printf("taken: %d\n", mmap(at, page, PROT_READ | PROT_WRITE,
+                             MAP_PRIVATE | MAP_ANONYMOUS | MAP_FIXED, -1, 0) == at);
+  strcpy(at, "kept");
+  printf("in the way: %d, %s\n", sbrk(2 * BEHIND) == (void*)-1, at);
+  munmap(at, page);
+  printf("free again: %d\n", sbrk(2 * BEHIND) != (void*)-1 && sbrk(-2 * BEHIND) != (void*)-1);
 }
 
 static void mappings(void) {
@@ -53,6 +69,7 @@ int main(void) {
   path[length > 0 ? length : 0] = 0;
   printf("exe: %s\n", strrchr(path, '/'));
   break_grows_and_shrinks();
+  behind_the_break();
   mappings();
   big_blocks();
   return 0;
