@@ -20,11 +20,12 @@ help:
 	@echo "make format  reformat the sources"
 	@echo "make clean   remove the build trees"
 
-# The demo needs no package of the tests. The next configuration by a preset has them again.
+# The demo needs no package of the tests. The next configuration by a preset has them again. It makes
+# all that `cmake --install` takes.
 demo:
 	@tools/install-packages demo
 	@cmake --preset $(PRODUCT_PRESET) -DBUILD_TESTING=OFF >/dev/null
-	@cmake --build --preset $(PRODUCT_PRESET) -j$(JOBS) --target tavok examples
+	@cmake --build --preset $(PRODUCT_PRESET) -j$(JOBS) --target tavok tavok_client tools examples
 	@examples/demo build/$(PRODUCT_PRESET)
 
 test:

@@ -74,7 +74,8 @@ uint32_t word_at(const byte* address) {
   dr_write_saved_reg(drcontext, slot_of_x28, new_x28);
 }
 
-void rewrite_instruction(const insertion_point& point, decode_stub stub) {
+// Apart from the walk over a block, whose registers it would take.
+[[gnu::noinline]] void rewrite_instruction(const insertion_point& point, decode_stub stub) {
   if (dr_get_stolen_reg() != DR_REG_X28)
     assertion_failure(__LINE__, "dr_get_stolen_reg() == DR_REG_X28");
   insert_save_state(point);
@@ -109,13 +110,15 @@ dr_emit_flags_t event_instruction_change(void* drcontext, void* tag, instrlist_t
   instr_t* next = nullptr;
   for (instr_t* instr = instrlist_first_app(bb); instr != nullptr; instr = next) {
     next = instr_get_next_app(instr);
-    const insertion_point point = {drcontext, bb, instr, instr_get_app_pc(instr), record};
-    const decode_stub stub = is_sve(word_at(instr_get_raw_bits(instr)));
+    const uint32_t word = word_at(instr_get_raw_bits(instr));
+    // What most words are is seen here, without a call.
+    const decode_stub stub = in_sve_space(word) ? is_sve(word) : nullptr;
     if (stub != nullptr) {
-      rewrite_instruction(point, stub);
+      rewrite_instruction({drcontext, bb, instr, instr_get_app_pc(instr), record}, stub);
     } else {
       others++;
-      insert_fz16_hook(point);
+      if (instr_get_opcode(instr) == OP_msr)
+        insert_fz16_hook({drcontext, bb, instr, instr_get_app_pc(instr), record});
     }
   }
   aarch64_instr_count.fetch_add(others, std::memory_order_relaxed);
