@@ -54,11 +54,14 @@ def fails(command):
 def compare():
     if gdb.selected_thread() is None:
         expect("without a process", fails("sve"), "there is no process")
+        Symbols.address("main")  # noqa: F821  (of the script); it will lie elsewhere
     with open(os.path.join(scratch, "queries"), encoding="utf-8") as file:  # noqa: F821
         queries = file.read().split("\n")[:-1]
     gdb.execute("set breakpoint pending on")
     gdb.execute("break stop_here")
     gdb.execute("run" if gdb.selected_thread() is None else "continue", to_string=True)
+    expect("an address behind the start", Symbols.address("main"),  # noqa: F821
+           int(gdb.parse_and_eval("(unsigned long)&main")))
     for number in range(4):
         compare_record(number, queries)
         if number < 3:

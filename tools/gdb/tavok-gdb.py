@@ -57,13 +57,17 @@ class Symbols:
 
     @classmethod
     def address(cls, name):
-        if name not in cls.found:
-            try:
-                cls.found[name] = int(gdb.parse_and_eval("(unsigned long)&" + name))
-            except gdb.error:
-                raise gdb.GdbError("no symbol '%s': is this tavok, or a program that has loaded "
-                                   "libtavok.so, with its symbol table?" % name) from None
-        return cls.found[name]
+        if name in cls.found:
+            return cls.found[name]
+        try:
+            address = int(gdb.parse_and_eval("(unsigned long)&" + name))
+        except gdb.error:
+            raise gdb.GdbError("no symbol '%s': is this tavok, or a program that has loaded "
+                               "libtavok.so, with its symbol table?" % name) from None
+        # Before it is started a program does not know yet where it will lie.
+        if gdb.selected_thread() is not None:
+            cls.found[name] = address
+        return address
 
     @classmethod
     def forget(cls, _event):
