@@ -12,6 +12,8 @@
 #include <vector>
 
 #include "host/fp_unit.h"
+#include "sve/client/switches.h"
+#include "tests/runtime/ir_disassembler.h"
 
 namespace {
 
@@ -232,6 +234,29 @@ TEST(Cascades, FindKnownWords) {
   }
   for (unsigned bit = 0; bit < 5; bit++)
     EXPECT_EQ(row_in_map(1, 0x25289000 | 1u << bit), nullptr) << bit;
+}
+
+// Whatever the disassembler knows of the SVE encodings is given a name before a program dies of it.
+TEST(Describe, KnowsWhatTheDisassemblerKnows) {
+  std::vector<uint32_t> words;
+  std::mt19937 random(7);
+  while (words.size() < 30000)
+    words.push_back((random() & ~0x1e000000u) | 0x04000000);
+  const std::vector<std::string> texts = ir_test::disassemble(words);
+  unsigned emulated = 0, others = 0, nameless = 0;
+  for (size_t i = 0; i < words.size(); i++) {
+    const char* const name = sve_describe_word(words[i]);
+    const bool known = texts[i] != ir_test::undefined;
+    ASSERT_EQ(name != nullptr && strcmp(name, "SVE") == 0, is_sve(words[i]) != nullptr);
+    EXPECT_TRUE(name != nullptr || !known) << std::hex << words[i] << " " << texts[i];
+    (is_sve(words[i]) != nullptr ? emulated : others) += known;
+    nameless += name == nullptr;
+  }
+  EXPECT_GT(emulated, 5000u);
+  EXPECT_GT(others, 3000u);
+  EXPECT_STREQ(sve_describe_word(0x45009800), "SVE I8MM, matrix multiply");
+  EXPECT_STREQ(sve_describe_word(0x04206000), "SVE2, multiply unpredicated");
+  EXPECT_GT(nameless, 1000u);
 }
 
 TEST(Execute, LeavesAWordWithoutARowAlone) {

@@ -8,6 +8,7 @@
 
 #include "runtime/ir/decode.h"
 #include "runtime/ir/encode.h"
+#include "runtime/ir/extensions.h"
 #include "tests/runtime/ir_disassembler.h"
 
 namespace {
@@ -278,6 +279,45 @@ TEST(decode, system_register_moves) {
   }
   EXPECT_FALSE(ir::is_msr_register(0xd50342df));  // MSR DAIFSet, an immediate
   EXPECT_FALSE(ir::is_msr_register(0xd50b7520));  // IC IVAU
+}
+
+TEST(decode, extensions) {
+  struct row {
+    const char* text;  // by the disassembler, so that no word is mistyped
+    std::uint32_t word;
+    const char* extension;
+  };
+  constexpr row rows[] = {
+      {"ldadd", 0xb8210041, "FEAT_LSE"},  {"swp", 0xf8218041, "FEAT_LSE"},
+      {"casp", 0x08227c44, "FEAT_LSE"},   {"stlr", 0x889ffc41, nullptr},
+      {"stxp", 0x88237c41, nullptr},      {"ldapr", 0xb8bfc041, "FEAT_LRCPC"},
+      {"ldr", 0xf8636841, nullptr},       {"stg", 0xd9200841, "FEAT_MTE"},
+      {"ldpsw", 0x69400841, nullptr},     {"crc32b", 0x1ac34041, "FEAT_CRC32"},
+      {"udiv", 0x1ac30841, nullptr},      {"pacia", 0xdac10041, "FEAT_PAuth"},
+      {"rev", 0xdac00c41, nullptr},       {"retaa", 0xd65f0bff, "FEAT_PAuth"},
+      {"aese", 0x4e284841, "FEAT_AES"},   {"sdot", 0x0e839441, "FEAT_DotProd"},
+      {"fcmla", 0x2e83c441, "FEAT_FCMA"}, {"fadd", 0x1ee32841, "FEAT_FP16"},
+      {"fadd", 0x1e632841, nullptr},      {"fadd", 0x0e431441, "FEAT_FP16"},
+      {"fadd", 0x0e23d441, nullptr},      {"fcvt", 0x1ee24041, nullptr},
+      {"bfdot", 0x2e43fc41, "FEAT_BF16"}, {"fmadd", 0x1f030841, nullptr},
+      {"fmla", 0x0f031041, "FEAT_FP16"},  {"fjcvtzs", 0x1e7e0041, "FEAT_JSCVT"},
+  };
+  for (const row& r : rows) {
+    ASSERT_EQ(mnemonic(ir_test::disassemble(r.word)), r.text) << std::hex << r.word;
+    EXPECT_STREQ(ir::extension_of(r.word), r.extension) << r.text;
+  }
+}
+
+// The matrix extension's own, which the vector extension's encodings do not hold.
+TEST(decode, streaming) {
+  for (const std::uint32_t word : {0xd503477fu, 0xd503467fu, 0xd503437fu, 0xd53b4243u, 0xd51b4243u,
+                                   0xd53bd0a4u, 0x80800000u, 0xc0080000u, 0xe1000000u}) {
+    EXPECT_TRUE(ir::is_streaming(word)) << ir_test::disassemble(word);
+  }
+  for (const std::uint32_t word : {0xd503201fu, 0xd503305fu, 0xd53b4200u, 0xd53bd044u, 0x04bf5820u,
+                                   0x00000000u, 0x8b000000u, 0xa9400000u}) {
+    EXPECT_FALSE(ir::is_streaming(word)) << ir_test::disassemble(word);
+  }
 }
 
 TEST(decode, exclusives) {
