@@ -112,6 +112,13 @@ void note_file_mapping(uint64_t address, uint64_t size, int fd) {
   }
 }
 
+void for_each_module(const std::function<void(const module_data_t&)>& function) {
+  const std::lock_guard lock(modules_mutex);
+  for (const Module& module : modules) {
+    function(*module.data);
+  }
+}
+
 void forget_modules(uint64_t begin, uint64_t end) {
   const core::Change change(modules_mutex);
   std::erase_if(modules, [=](const Module& module) {

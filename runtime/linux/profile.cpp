@@ -11,6 +11,7 @@
 #include <string>
 
 #include "runtime/include/dr_api.h"
+#include "runtime/linux/modules.h"
 
 // What a client exports that counts; one that does not is no error.
 extern "C" {
@@ -34,14 +35,12 @@ void print_table(FILE* file) {
   stderr = before;
 }
 
-void print_module(FILE* file) {
-  module_data_t* const module = dr_get_main_module();
-  if (module == nullptr) {
-    return;
-  }
-  std::fprintf(file, "module: %p %p %s\n", static_cast<void*>(module->start),
-               static_cast<void*>(module->end), module->full_path);
-  dr_free_module_data(module);
+// The application's first: it was the first to be loaded.
+void print_modules(FILE* file) {
+  for_each_module([file](const module_data_t& module) {
+    std::fprintf(file, "module: %p %p %s\n", static_cast<void*>(module.start),
+                 static_cast<void*>(module.end), module.full_path);
+  });
 }
 
 }  // namespace
@@ -73,7 +72,7 @@ void write_profile() {
   FILE* const file = std::fopen(path.c_str(), "we");
   bool written = file != nullptr;
   if (written) {
-    print_module(file);
+    print_modules(file);
     print_table(file);
     written = std::ferror(file) == 0;
     written = std::fclose(file) == 0 && written;
