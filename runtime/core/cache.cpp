@@ -1,8 +1,11 @@
 #include "runtime/core/cache.h"
 
 #include <sys/mman.h>
+#include <sys/resource.h>
 
 #include <algorithm>
+#include <bit>
+#include <cerrno>
 #include <cstring>
 #include <mutex>
 #include <new>
@@ -94,6 +97,26 @@ void protect(const Cache& cache, int protection) {
   }
 }
 
+// A thread's cache shall leave to the application most of what the process may have.
+uint32_t wanted_size() {
+  constexpr uint64_t kShare = 16;
+  rlimit limit;
+  const uint64_t most =
+      getrlimit(RLIMIT_AS, &limit) == 0 ? std::bit_floor(limit.rlim_cur / kShare) : kCacheSize;
+  return static_cast<uint32_t>(std::clamp<uint64_t>(most, kSmallestCache, kCacheSize));
+}
+
+bool map_code(Cache& cache) {
+  const int flags = MAP_PRIVATE | MAP_ANONYMOUS | MAP_NORESERVE;
+  void* code = mmap(nullptr, cache.size, PROT_READ | PROT_WRITE | PROT_EXEC, flags, -1, 0);
+  cache.toggles = code == MAP_FAILED && errno != ENOMEM;
+  if (cache.toggles) {
+    code = mmap(nullptr, cache.size, PROT_READ | PROT_WRITE, flags, -1, 0);
+  }
+  cache.base = static_cast<unsigned char*>(code);
+  return code != MAP_FAILED;
+}
+
 }  // namespace
 
 const LookupEntry* empty_lookup_table() { return empty_table; }
@@ -134,23 +157,16 @@ Cache* create_cache() {
   if (empty_table == nullptr) {
     empty_table = align_table(map_table());
   }
-  const int flags = MAP_PRIVATE | MAP_ANONYMOUS | MAP_NORESERVE;
-  bool toggles = false;
-  void* code = mmap(nullptr, kCacheSize, PROT_READ | PROT_WRITE | PROT_EXEC, flags, -1, 0);
-  if (code == MAP_FAILED) {
-    toggles = true;
-    code = mmap(nullptr, kCacheSize, PROT_READ | PROT_WRITE, flags, -1, 0);
-  }
-  void* table = map_table();
-  if (code == MAP_FAILED) {
-    fatal("no memory for a code cache");
-  }
   auto* cache = new Cache{};
-  cache->base = static_cast<unsigned char*>(code);
-  cache->size = kCacheSize;
-  cache->toggles = toggles;
-  cache->table_mapping = table;
-  cache->table = align_table(table);
+  cache->size = wanted_size();
+  while (!map_code(*cache)) {
+    cache->size /= 2;
+    if (cache->size < kSmallestCache) {
+      fatal("no memory for a code cache");
+    }
+  }
+  cache->table_mapping = map_table();
+  cache->table = align_table(cache->table_mapping);
   cache->index.assign(kFirstIndexSize, 0);
   CacheWriter writer(*cache, 0, 64);
   cache->cursor = 16;  // an exit's site is never 0

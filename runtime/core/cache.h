@@ -146,7 +146,8 @@ struct Cache : CacheTables {
   Lock mutex;
 };
 
-inline constexpr uint32_t kCacheSize = 32U << 20;
+// A cache's size, unless the process may not have as much memory.
+inline constexpr uint32_t kCacheSize = 32U << 20, kSmallestCache = 1U << 20;
 // The last bytes of the cache are kept for prepare_replay.
 inline constexpr uint32_t kReplayRoom = 16384;
 

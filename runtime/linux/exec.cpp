@@ -1,13 +1,18 @@
 // execve: programs for this processor go on under the runtime.
 #include <elf.h>
 #include <fcntl.h>
+#include <sys/resource.h>
 #include <sys/stat.h>
+#include <sys/statvfs.h>
 #include <sys/syscall.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <climits>
+#include <csignal>
 #include <cstring>
+#include <new>
 #include <string>
 #include <vector>
 
@@ -18,6 +23,21 @@
 #include "runtime/linux/syscalls.h"
 
 namespace os {
+
+int open_anyway(int directory, const char* path, int flags) {
+  int fd = openat(directory, path, flags);
+  rlimit limit;
+  if (fd < 0 && errno == EMFILE && getrlimit(RLIMIT_NOFILE, &limit) == 0) {
+    const rlimit raised = {limit.rlim_max, limit.rlim_max};
+    setrlimit(RLIMIT_NOFILE, &raised);
+    fd = openat(directory, path, flags);
+    const int error = errno;
+    setrlimit(RLIMIT_NOFILE, &limit);
+    errno = error;
+  }
+  return fd;
+}
+
 namespace {
 
 constexpr size_t kScriptLine = 256;  // what Linux reads of a script's first line
@@ -56,6 +76,12 @@ bool read_pointers(uint64_t address, std::vector<uint64_t>& to) {
   return true;
 }
 
+// Where the application's path begins, and how it is followed.
+struct Place {
+  int directory = AT_FDCWD;
+  uint64_t flags = 0;
+};
+
 // What the first bytes of an executable file say.
 struct Program {
   bool ours = false;
@@ -76,19 +102,40 @@ void parse_script(const char* line, Program& program) {
   }
 }
 
-Program inspect(const std::string& path) {
+// The file for reading, or a negative error. A descriptor alone is opened anew, since it may be one
+// that only names its file.
+int open_file(const Place& place, const std::string& path) {
+  constexpr int kFlags = O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY;
+  const bool itself = path.empty() && (place.flags & AT_EMPTY_PATH) != 0;
+  const std::string link = "/proc/self/fd/" + std::to_string(place.directory);
+  const bool follows = (place.flags & AT_SYMLINK_NOFOLLOW) == 0;
+  int fd = itself ? open_anyway(AT_FDCWD, link.c_str(), kFlags)
+                  : open_anyway(place.directory, path.c_str(), kFlags | (follows ? 0 : O_NOFOLLOW));
+  if (fd < 0 && errno == ENOENT && itself) {
+    fd = fcntl(place.directory, F_DUPFD_CLOEXEC, 0);
+  }
+  return fd < 0 ? -errno : fd;
+}
+
+// Whether the kernel would execute the file with the process's own rights: a program that changes
+// its identity would lose that by way of the launcher.
+bool is_plain_executable(int fd, const Place& place, const std::string& path) {
+  struct stat status;
+  struct statvfs system;
+  if (fstat(fd, &status) != 0 || !S_ISREG(status.st_mode) ||
+      (status.st_mode & (S_ISUID | S_ISGID)) != 0) {
+    return false;
+  }
+  return path.empty() ? (status.st_mode & (S_IXUSR | S_IXGRP | S_IXOTH)) != 0 &&
+                            fstatvfs(fd, &system) == 0 && (system.f_flag & ST_NOEXEC) == 0
+                      : faccessat(place.directory, path.c_str(), X_OK, 0) == 0;
+}
+
+Program inspect(int fd, const Place& place, const std::string& path) {
   Program program;
   char head[kScriptLine + 1] = {};
-  struct stat status;
-  const int fd = open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY);
-  if (fd < 0) {
-    return program;
-  }
-  // A program that changes its identity would lose that by way of the launcher.
-  const bool plain = fstat(fd, &status) == 0 && S_ISREG(status.st_mode) &&
-                     (status.st_mode & (S_ISUID | S_ISGID)) == 0 && access(path.c_str(), X_OK) == 0;
-  const ssize_t got = plain ? read(fd, head, kScriptLine) : 0;
-  close(fd);
+  const bool plain = is_plain_executable(fd, place, path);
+  const ssize_t got = plain ? pread(fd, head, kScriptLine, 0) : 0;
   Elf64_Ehdr header;
   std::memcpy(&header, head, sizeof header);
   if (got > 2 && head[0] == '#' && head[1] == '!') {
@@ -107,31 +154,47 @@ std::string as_path(const std::string& name) {
   return name.find('/') == std::string::npos ? "./" + name : name;
 }
 
-// Ignored signals stay ignored over an exec; the two that the runtime owns in the kernel are told
-// only now.
-void hand_over_ignored(const Thread& thread, bool before) {
+// What the kernel does not know of SIGSEGV and SIGBUS, since the runtime owns them there, but has
+// to keep over an exec: that they are ignored, blocked, and wait.
+void hand_over_signals(const Thread& thread, bool before) {
   constexpr uint64_t kIgnore = 1;
+  const ThreadSignals& signals = thread.signals;
   for (const int signal : {SIGSEGV, SIGBUS}) {
-    if (thread.signals.actions->actions[signal].handler == kIgnore) {
+    if (signals.actions->actions[signal].handler == kIgnore) {
       set_runtime_action(signal, before);
     }
   }
+  const uint64_t blocked = signals.mask & kNeverMasked;
+  syscall(SYS_rt_sigprocmask, before ? SIG_BLOCK : SIG_UNBLOCK, &blocked, nullptr, sizeof blocked);
+  if (before && signals.has_held) {
+    syscall(SYS_rt_tgsigqueueinfo, getpid(), syscall(SYS_gettid), signals.held.si_signo,
+            &signals.held);
+  }
 }
 
-int64_t execute(Thread& thread, const std::vector<const char*>& arguments, uint64_t environment) {
-  hand_over_ignored(thread, true);
-  const Call call = {SYS_execve,
-                     {reinterpret_cast<uint64_t>(paths.launcher.c_str()),
-                      reinterpret_cast<uint64_t>(arguments.data()), environment}};
-  const int64_t result = pass_on(thread, call);
-  hand_over_ignored(thread, false);
-  return result;
+// The launcher by its name; where that leads elsewhere now, by the kernel's link, or by what was
+// kept of it.
+int64_t execute_launcher(Thread& thread, const char* const* line, uint64_t environment) {
+  const auto address = [](const void* what) { return reinterpret_cast<uint64_t>(what); };
+  // The application may have closed it, and have another of this number.
+  if ((fcntl(paths.launcher_fd, F_GETFL) & O_PATH) != 0 && fcntl(paths.launcher_fd, F_GETFL) >= 0) {
+    const auto fd = static_cast<uint64_t>(paths.launcher_fd);
+    return pass_on(thread,
+                   {SYS_execveat, {fd, address(""), address(line), environment, AT_EMPTY_PATH}});
+  }
+  const int64_t result =
+      pass_on(thread, {SYS_execve, {address(paths.launcher.c_str()), address(line), environment}});
+  return result != -ENOENT
+             ? result
+             : pass_on(thread,
+                       {SYS_execve, {address("/proc/self/exe"), address(line), environment}});
 }
 
 // What an exec is made of. It stays for the thread's next one: a vfork child that succeeds frees
 // nothing, and its memory is its parent's.
 struct Exec {
-  std::string path;
+  bool unfinished = false;          // a killed child may have left anything in it
+  std::string path;                 // as the application gave it
   std::vector<uint64_t> arguments;  // the application's strings
   Program program;
   std::string name, file;
@@ -140,23 +203,21 @@ struct Exec {
 };
 thread_local Exec own_exec;
 
-// Goes on under the launcher if the file is for it.
-int64_t follow(Thread& thread, const Call& original, Exec& exec, uint64_t environment) {
-  if (is_own_executable(exec.path.c_str())) {
-    exec.path = paths.application;
+Exec& new_exec() {
+  if (own_exec.unfinished) {
+    new (&own_exec) Exec;
   }
-  exec.program = inspect(exec.path);
-  const bool script = !exec.program.interpreter.empty();
-  if (!exec.program.ours && !(script && inspect(exec.program.interpreter).ours)) {
-    return pass_on(thread, original);
-  }
-  exec.file = as_path(script ? exec.program.interpreter : exec.path);
-  if (script || exec.arguments.empty()) {
-    exec.name = exec.file;
-  } else if (!read_string(exec.arguments[0], exec.name)) {
-    return -EFAULT;
-  }
+  own_exec.unfinished = true;
+  return own_exec;
+}
+
+// Goes on under the launcher with the file of descriptor `fd`.
+int64_t execute(Thread& thread, Exec& exec, bool script, int fd, uint64_t environment) {
   exec.options = options_of_followed(options, exec.name, thread.keeps_vector_length);
+  exec.options.push_back("--file=" + std::to_string(fd));
+  if (paths.launcher_fd >= 0) {
+    exec.options.push_back("--launcher=" + std::to_string(paths.launcher_fd));
+  }
   exec.line = {"tavok"};
   for (const std::string& option : exec.options) {
     exec.line.push_back(option.c_str());
@@ -172,39 +233,94 @@ int64_t follow(Thread& thread, const Call& original, Exec& exec, uint64_t enviro
     exec.line.push_back(reinterpret_cast<const char*>(exec.arguments[i]));
   }
   exec.line.push_back(nullptr);
-  return execute(thread, exec.line, environment);
+  exec.unfinished = false;
+  for (const int kept : {fd, paths.launcher_fd}) {
+    fcntl(kept, F_SETFD, 0);
+  }
+  hand_over_signals(thread, true);
+  const int64_t result = execute_launcher(thread, exec.line.data(), environment);
+  hand_over_signals(thread, false);
+  fcntl(paths.launcher_fd, F_SETFD, FD_CLOEXEC);
+  return result;
+}
+
+// The path that the kernel makes of a descriptor and a path.
+std::string path_below(const Place& place, const std::string& path) {
+  const bool plain = !path.empty() && (path[0] == '/' || place.directory == AT_FDCWD);
+  const std::string below = "/dev/fd/" + std::to_string(place.directory);
+  return plain ? path : path.empty() ? below : below + "/" + path;
+}
+
+// Goes on under the launcher if the file is for it. What cannot be read is the kernel's to judge.
+int64_t follow(Thread& thread, const Call& original, Exec& exec, const Place& place,
+               uint64_t environment) {
+  const bool own = is_own_executable(exec.path.c_str());
+  if (own) {
+    exec.path = paths.application;
+  }
+  int fd = open_file(place, exec.path);
+  if (fd < 0) {
+    constexpr int kAlso[] = {-ENOENT, -ELOOP, -ENOTDIR, -ENAMETOOLONG, -EBADF, -EMFILE, -ENFILE};
+    const bool fails = own || std::ranges::find(kAlso, fd) != std::end(kAlso);
+    return fails ? fd : pass_on(thread, original);
+  }
+  exec.program = inspect(fd, place, exec.path);
+  const std::string given = exec.path;
+  exec.path = path_below(place, given);
+  const bool script = !exec.program.interpreter.empty();
+  bool ours = exec.program.ours;
+  // The interpreter would not find the file of a descriptor that closes.
+  if (script && (exec.path == given || (fcntl(place.directory, F_GETFD) & FD_CLOEXEC) == 0)) {
+    close(fd);
+    fd = open_file({}, exec.program.interpreter);
+    ours = fd >= 0 && inspect(fd, {}, exec.program.interpreter).ours;
+  }
+  int64_t result = 0;
+  exec.file = as_path(script ? exec.program.interpreter : exec.path);
+  exec.name = script ? exec.file : std::string();
+  if (!ours) {
+    result = pass_on(thread, original);
+  } else if (!script && !exec.arguments.empty() && !read_string(exec.arguments[0], exec.name)) {
+    result = -EFAULT;
+  } else {
+    result = execute(thread, exec, script, fd, environment);
+  }
+  close(fd);
+  return result;
+}
+
+int64_t follow_call(Thread& thread, const Call& call, const uint64_t* path, const Place& place) {
+  Exec& exec = new_exec();
+  const bool read = read_string(path[0], exec.path) && read_pointers(path[1], exec.arguments);
+  const int64_t result = read ? follow(thread, call, exec, place, path[2]) : -EFAULT;
+  exec.unfinished = false;
+  return result;
 }
 
 }  // namespace
 
 int64_t sys_execve(Thread& thread, const Call& call) {
-  Exec& exec = own_exec;
-  if (!read_string(call.arguments[0], exec.path) ||
-      !read_pointers(call.arguments[1], exec.arguments)) {
-    return -EFAULT;
-  }
-  return follow(thread, call, exec, call.arguments[2]);
+  return follow_call(thread, call, call.arguments, {});
 }
 
-// By a path, or by a descriptor alone: the latter is followed by way of its name.
 int64_t sys_execveat(Thread& thread, const Call& call) {
-  Exec& exec = own_exec;
-  std::string& path = exec.path;
-  if (!read_string(call.arguments[1], path) || !read_pointers(call.arguments[2], exec.arguments)) {
-    return -EFAULT;
+  const Place place = {static_cast<int>(call.arguments[0]), call.arguments[4]};
+  constexpr uint64_t kKnown = AT_EMPTY_PATH | AT_SYMLINK_NOFOLLOW;
+  return (place.flags & ~kKnown) != 0 ? pass_on(thread, call)
+                                      : follow_call(thread, call, call.arguments + 1, place);
+}
+
+// Behind these calls the launcher's name may lead nowhere. Its descriptor lies above those that
+// programs count on.
+int64_t sys_change_root(Thread& thread, const Call& call) {
+  constexpr int kAbove = 1000;
+  if (paths.launcher_fd < 0) {
+    const int fd = open("/proc/self/exe", O_PATH | O_CLOEXEC);
+    const int above = fcntl(fd, F_DUPFD_CLOEXEC, kAbove);
+    paths.launcher_fd = above >= 0 ? above : fcntl(fd, F_DUPFD_CLOEXEC, 0);
+    close(fd);
   }
-  const int directory = static_cast<int>(call.arguments[0]);
-  if (path.empty() || (path[0] != '/' && directory != AT_FDCWD)) {
-    char name[PATH_MAX];
-    const std::string link = "/proc/self/fd/" + std::to_string(directory);
-    const ssize_t length = readlink(link.c_str(), name, sizeof name);
-    if (length <= 0) {
-      return pass_on(thread, call);
-    }
-    path.insert(0, path.empty() ? "" : "/");
-    path.insert(0, name, static_cast<size_t>(length));
-  }
-  return follow(thread, call, exec, call.arguments[3]);
+  return pass_on(thread, call);
 }
 
 }  // namespace os

@@ -59,8 +59,11 @@ int status_of_error(int error) {
   return error == ENOENT || error == ENOTDIR ? kNotFoundStatus : kCannotRunStatus;
 }
 
-Program open_program(const std::string& path) {
-  Program program = {open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY), {}, {}};
+Program open_program(const std::string& path, int fd = -1) {
+  if (fd < 0) {
+    fd = open_anyway(AT_FDCWD, path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY);
+  }
+  Program program = {fd, {}, {}};
   struct stat status;
   if (program.fd < 0 || fstat(program.fd, &status) != 0) {
     refuse(path, std::strerror(errno), status_of_error(errno));
@@ -98,10 +101,21 @@ std::string real_path(const std::string& path) {
   return realpath(path.c_str(), resolved) != nullptr ? resolved : path;
 }
 
-std::string own_path() {
+std::string target_of(const std::string& link) {
   char path[PATH_MAX];
-  const ssize_t length = readlink("/proc/self/exe", path, sizeof path);
+  const ssize_t length = readlink(link.c_str(), path, sizeof path);
   return length > 0 ? std::string(path, static_cast<size_t>(length)) : std::string();
+}
+
+// What /proc/self/exe shows. A file that was handed over may have no name any more.
+std::string shown_path(const std::string& path, int fd) {
+  struct stat named, open;
+  if (fd < 0 || fstat(fd, &open) != 0 ||
+      (stat(path.c_str(), &named) == 0 && named.st_dev == open.st_dev &&
+       named.st_ino == open.st_ino && path.rfind("/dev/fd/", 0) != 0)) {
+    return real_path(path);
+  }
+  return target_of("/proc/self/fd/" + std::to_string(fd));
 }
 
 std::string application_path(const char* name) {
@@ -118,7 +132,7 @@ std::string application_path(const char* name) {
 
 // Maps the application and returns the thread that is about to run it.
 Thread& load(const std::string& path, char** arguments, char** environment) {
-  Program program = open_program(path);
+  Program program = open_program(path, options.file);
   const std::string& interpreter_path = program.headers.interpreter;
   const bool dynamic = !interpreter_path.empty();
   Program interpreter = dynamic ? open_program(interpreter_path) : Program{};
@@ -149,8 +163,10 @@ int launch(int argc, char** argv, char** environment) {
   if (options.status >= 0) {
     return options.status;
   }
-  const std::string path = application_path(options.application[0]);
-  paths = {real_path(path), own_path()};
+  const std::string path =
+      options.file >= 0 ? options.application[0] : application_path(options.application[0]);
+  paths = {shown_path(path, options.file), target_of("/proc/self/exe"), options.launcher};
+  fcntl(options.launcher, F_SETFD, FD_CLOEXEC);
   // What the kernel would call the process: the last part of the path, cut to what fits.
   prctl(PR_SET_NAME, path.c_str() + path.rfind('/') + 1);
   if (options.name != nullptr) {

@@ -78,7 +78,7 @@ struct Word {
   void (*apply)(Options& options, const char* value);
 };
 
-// --help does not tell of those behind --profile=: two that the runtime sets when it follows an
+// --help does not tell of those behind --profile=: those that the runtime sets when it follows an
 // exec, and two for comparison only: inserted code runs as it was inserted, and no indirect branch
 // learns where it goes.
 constexpr Word kWords[] = {
@@ -88,6 +88,9 @@ constexpr Word kWords[] = {
     {"-q", [](Options& options, const char*) { report_to(options, "none"); }},
     {"--profile=", [](Options& options, const char* value) { options.profile = value; }},
     {"--argv0=", [](Options& options, const char* value) { options.name = value; }},
+    {"--file=", [](Options& options, const char* value) { options.file = std::atoi(value); }},
+    {"--launcher=",
+     [](Options& options, const char* value) { options.launcher = std::atoi(value); }},
     {"--keep-vector-length",
      [](Options& options, const char*) { options.keeps_vector_length = true; }},
     {"--no-optimise", [](Options& options, const char*) { options.optimise = false; }},

@@ -12,6 +12,7 @@ namespace os {
 struct ProcessPaths {
   std::string application;
   std::string launcher;
+  int launcher_fd = -1;  // its descriptor, where its path may lead elsewhere
 };
 extern ProcessPaths paths;
 // What the command line and the environment asked for.
@@ -19,6 +20,10 @@ extern Options options;
 
 // Whether the path is the link to this process's executable, which shows the launcher.
 bool is_own_executable(const char* path);
+
+// openat beyond the process's own limit of descriptors, if that can be had: the kernel's exec needs
+// none.
+int open_anyway(int directory, const char* path, int flags);
 
 // A thread without registers, in the list of all threads.
 Thread* new_thread();

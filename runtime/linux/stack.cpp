@@ -20,6 +20,7 @@ namespace {
 
 constexpr uint64_t kSmallestStack = 8U << 20;
 constexpr uint64_t kLargestStack = 1U << 30;
+constexpr uint64_t kLeastStack = 256U << 10;
 constexpr size_t kRandomBytes = 16;
 
 // As large as the limit allows the kernel's own stack to grow, within reason.
@@ -34,9 +35,15 @@ uint64_t stack_size() {
 StackLayout layout;
 
 uint64_t map_stack(bool executable) {
-  const uint64_t size = stack_size();
-  void* stack = mmap(nullptr, size + page_size(), PROT_READ | PROT_WRITE,
-                     MAP_PRIVATE | MAP_ANONYMOUS | MAP_NORESERVE | MAP_STACK, -1, 0);
+  uint64_t size = stack_size();
+  void* stack;
+  // The kernel's own stack takes memory as it grows: where there is little, less has to do.
+  while ((stack = mmap(nullptr, size + page_size(), PROT_READ | PROT_WRITE,
+                       MAP_PRIVATE | MAP_ANONYMOUS | MAP_NORESERVE | MAP_STACK, -1, 0)) ==
+             MAP_FAILED &&
+         size > kLeastStack) {
+    size = page_ceiling(size / 2);
+  }
   if (stack == MAP_FAILED || mprotect(stack, page_size(), PROT_NONE) != 0) {
     return 0;
   }

@@ -47,6 +47,7 @@ int64_t sys_clone(Thread& thread, const Call& call);
 int64_t sys_clone3(Thread& thread, const Call& call);
 int64_t sys_execve(Thread& thread, const Call& call);
 int64_t sys_execveat(Thread& thread, const Call& call);
+int64_t sys_change_root(Thread& thread, const Call& call);
 
 int64_t sys_rt_sigaction(Thread& thread, const Call& call);
 int64_t sys_rt_sigprocmask(Thread& thread, const Call& call);
