@@ -19,11 +19,13 @@
 
 extern char** environ;
 
-static void write_script(const char* path, const char* program) {
+static int write_script(const char* path, const char* program) {
   FILE* file = fopen(path, "w");
+  if (file == NULL) {
+    return 0;
+  }
   fprintf(file, "#! %s  third \nnot read\n", program);
-  fclose(file);
-  chmod(path, 0755);
+  return fclose(file) == 0 && chmod(path, 0755) == 0;
 }
 
 static int inherited(int signal) {
@@ -219,9 +221,13 @@ int main(int argc, char** argv) {
     snprintf(self, sizeof self, "/proc/%d/exe", (int)getpid());
     execl(self, "renamed", "second", "two words", NULL);
   } else if (strcmp(step, "second") == 0) {
-    write_script("script", self);
-    execl("./script", "script", "argument", NULL);
+    char script[32];
+    snprintf(script, sizeof script, "./script-%d", (int)getpid());
+    if (chdir("/tmp") == 0 && write_script(script, self)) {
+      execl(script, "script", "argument", NULL);
+    }
   } else if (strcmp(step, "third") == 0) {
+    unlink(argv[2]);
     char* const arguments[] = {argv[0], "fourth", NULL};
     fexecve(open(self, O_RDONLY | O_CLOEXEC), arguments, environ);
   } else if (strcmp(step, "fourth") == 0) {
