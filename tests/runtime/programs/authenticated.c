@@ -1,5 +1,6 @@
 // Branches that authenticate their target, with every kind of register as target and as modifier.
 #include <stdio.h>
+#include <sys/auxv.h>
 
 long branches(void);
 __asm__(".arch armv8.3-a\n.text\n.balign 4\n"
@@ -15,6 +16,10 @@ __asm__(".arch armv8.3-a\n.text\n.balign 4\n"
         "1: paciasp\n add x4, x4, #1\n retaa\n");
 
 int main(void) {
+  if ((getauxval(AT_HWCAP) & HWCAP_PACA) == 0) {
+    printf("this processor authenticates nothing\n");
+    return 77;
+  }
   printf("%ld branches\n", branches());
   return 0;
 }

@@ -57,5 +57,5 @@ int main(int argc, char** argv) {
   fflush(stdout);
   end(argc > 1 ? argv[1] : "");
   printf("after\n");
-  return 77;
+  return 78;
 }
