@@ -124,13 +124,15 @@ struct SavedThread {
   ThreadSignals signals;
   ClientActions actions = client_actions();
   uint64_t clear_tid, robust_list;
+  const CallFilter* filters;
+  bool strict;
   int id;
   std::vector<unsigned char> memory;
 
   explicit SavedThread(const Thread& thread)
       : context(thread.context), signals(thread.signals), clear_tid(thread.clear_tid),
-        robust_list(thread.robust_list), id(thread.id),
-        memory(core::thread_memory_size(thread.context)) {
+        robust_list(thread.robust_list), filters(thread.filters), strict(thread.strict),
+        id(thread.id), memory(core::thread_memory_size(thread.context)) {
     core::save_thread_memory(thread.context, memory.data());
   }
   void restore(Thread& thread) const {
@@ -145,6 +147,8 @@ struct SavedThread {
     set_client_actions(actions);
     thread.clear_tid = clear_tid;
     thread.robust_list = robust_list;
+    thread.filters = filters;
+    thread.strict = strict;
     thread.id = id;
     thread.vfork_child = false;
     core::restore_thread_memory(thread.context, memory.data());

@@ -136,6 +136,11 @@ void raise_fault(Thread& thread, int signal, int code, uint64_t address) {
   info.si_signo = signal;
   info.si_code = code;
   info.si_addr = reinterpret_cast<void*>(address);
+  raise_fault(thread, info);
+}
+
+void raise_fault(Thread& thread, siginfo_t& info) {
+  const int signal = info.si_signo;
   thread.signals.fault_syndrome = 0;
   if (application_handles(thread, signal)) {
     push_frame(thread, take_action(thread, signal), info);
@@ -143,7 +148,7 @@ void raise_fault(Thread& thread, int signal, int code, uint64_t address) {
     return;
   }
   ucontext_t context = {};
-  context.uc_mcontext.pc = address;
+  context.uc_mcontext.pc = thread.context.pc;
   ask_client(signal, &info, &context, false);
   act_by_default(signal);
   core::fatal("a fault was ignored");

@@ -19,6 +19,7 @@
 #include "runtime/core/entry.h"
 #include "runtime/linux/options.h"
 #include "runtime/linux/process.h"
+#include "runtime/linux/seccomp.h"
 #include "runtime/linux/signals.h"
 #include "runtime/linux/syscalls.h"
 
@@ -213,7 +214,14 @@ Exec& new_exec() {
 
 // Goes on under the launcher with the file of descriptor `fd`.
 int64_t execute(Thread& thread, Exec& exec, bool script, int fd, uint64_t environment) {
+  const int filters = thread.filters != nullptr ? write_filters(thread.filters) : -1;
+  if (filters < 0 && thread.filters != nullptr) {
+    return filters;
+  }
   exec.options = options_of_followed(options, exec.name, thread.keeps_vector_length);
+  if (filters >= 0) {
+    exec.options.push_back("--filters=" + std::to_string(filters));
+  }
   exec.options.push_back("--file=" + std::to_string(fd));
   if (paths.launcher_fd >= 0) {
     exec.options.push_back("--launcher=" + std::to_string(paths.launcher_fd));
@@ -241,6 +249,7 @@ int64_t execute(Thread& thread, Exec& exec, bool script, int fd, uint64_t enviro
   const int64_t result = execute_launcher(thread, exec.line.data(), environment);
   hand_over_signals(thread, false);
   fcntl(paths.launcher_fd, F_SETFD, FD_CLOEXEC);
+  close(filters);
   return result;
 }
 
@@ -262,7 +271,7 @@ int64_t follow(Thread& thread, const Call& original, Exec& exec, const Place& pl
   if (fd < 0) {
     constexpr int kAlso[] = {-ENOENT, -ELOOP, -ENOTDIR, -ENAMETOOLONG, -EBADF, -EMFILE, -ENFILE};
     const bool fails = own || std::ranges::find(kAlso, fd) != std::end(kAlso);
-    return fails ? fd : pass_on(thread, original);
+    return fails ? fd : thread.filters != nullptr ? -EACCES : pass_on(thread, original);
   }
   exec.program = inspect(fd, place, exec.path);
   const std::string given = exec.path;
@@ -279,7 +288,8 @@ int64_t follow(Thread& thread, const Call& original, Exec& exec, const Place& pl
   exec.file = as_path(script ? exec.program.interpreter : exec.path);
   exec.name = script ? exec.file : std::string();
   if (!ours) {
-    result = pass_on(thread, original);
+    // Without the runtime nobody would ask the filters.
+    result = thread.filters != nullptr ? -EACCES : pass_on(thread, original);
   } else if (!script && !exec.arguments.empty() && !read_string(exec.arguments[0], exec.name)) {
     result = -EFAULT;
   } else {
@@ -306,8 +316,9 @@ int64_t sys_execve(Thread& thread, const Call& call) {
 int64_t sys_execveat(Thread& thread, const Call& call) {
   const Place place = {static_cast<int>(call.arguments[0]), call.arguments[4]};
   constexpr uint64_t kKnown = AT_EMPTY_PATH | AT_SYMLINK_NOFOLLOW;
-  return (place.flags & ~kKnown) != 0 ? pass_on(thread, call)
-                                      : follow_call(thread, call, call.arguments + 1, place);
+  return (place.flags & ~kKnown) != 0 && thread.filters == nullptr
+             ? pass_on(thread, call)
+             : follow_call(thread, call, call.arguments + 1, place);
 }
 
 // Behind these calls the launcher's name may lead nowhere. Its descriptor lies above those that

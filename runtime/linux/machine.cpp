@@ -12,6 +12,7 @@
 #include "runtime/core/entry.h"
 #include "runtime/core/identification.h"
 #include "runtime/linux/client_switches.h"
+#include "runtime/linux/seccomp.h"
 #include "runtime/linux/stack.h"
 #include "runtime/linux/syscalls.h"
 
@@ -151,6 +152,10 @@ int64_t sys_prctl(Thread& thread, const Call& call) {
   case PR_SME_SET_VL:
   case PR_SME_GET_VL:
     return -EINVAL;
+  case PR_SET_SECCOMP:
+    return set_seccomp(thread, call.arguments[1], call.arguments[2]);
+  case PR_GET_SECCOMP:
+    return get_seccomp(thread);
   case PR_GET_AUXV:
     return give_auxiliary_vector(call);
   default:

@@ -24,6 +24,7 @@
 #include "runtime/linux/pages.h"
 #include "runtime/linux/process.h"
 #include "runtime/linux/profile.h"
+#include "runtime/linux/seccomp.h"
 #include "runtime/linux/signals.h"
 #include "runtime/linux/stack.h"
 #include "runtime/linux/syscalls.h"
@@ -189,6 +190,7 @@ int launch(int argc, char** argv, char** environment) {
   install_handlers();
   Thread& thread = load(path, options.application, environment);
   thread.keeps_vector_length = options.keeps_vector_length;
+  thread.filters = read_filters(options.filters);
   const char* client[] = {"tavok", nullptr};
   core::start_client(1, client);
   begin_thread(thread);

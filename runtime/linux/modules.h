@@ -7,7 +7,6 @@
 
 #include "runtime/core/lock.h"
 #include "runtime/include/dr_api.h"
-#include "runtime/include/dr_api.h"
 
 namespace os {
 

@@ -89,6 +89,7 @@ constexpr Word kWords[] = {
     {"--profile=", [](Options& options, const char* value) { options.profile = value; }},
     {"--argv0=", [](Options& options, const char* value) { options.name = value; }},
     {"--file=", [](Options& options, const char* value) { options.file = std::atoi(value); }},
+    {"--filters=", [](Options& options, const char* value) { options.filters = std::atoi(value); }},
     {"--launcher=",
      [](Options& options, const char* value) { options.launcher = std::atoi(value); }},
     {"--keep-vector-length",

@@ -16,6 +16,7 @@ inline constexpr int kNotFoundStatus = 127;
 struct Options {
   const char* name = nullptr;  // argv[0] of the application if it is not its file
   int file = -1;               // its descriptor, if there is one already
+  int filters = -1;            // a descriptor of seccomp's, if there are any
   int launcher = -1;           // the launcher's own, if its path may lead elsewhere
   bool sve = false;            // the application is told that there is SVE
   bool only_program = false;   // libraries are left alone: their SVE instructions are illegal

@@ -19,6 +19,7 @@
 #include "runtime/linux/messages.h"
 #include "runtime/linux/modules.h"
 #include "runtime/linux/profile.h"
+#include "runtime/linux/seccomp.h"
 #include "runtime/linux/signals.h"
 #include "runtime/linux/syscalls.h"
 #include "runtime/linux/threads.h"
@@ -92,6 +93,24 @@ void delete_thread(Thread* thread) {
 bool leave_process() {
   const std::lock_guard lock(threads_mutex);
   return --running == 0;
+}
+
+bool is_one_of_many() {
+  const std::lock_guard lock(threads_mutex);
+  return running > 1;
+}
+
+int give_filters_to_all(Thread& thread, const CallFilter* filters) {
+  const std::lock_guard lock(threads_mutex);
+  for (const Thread* other = threads; other != nullptr; other = other->next) {
+    if (other->strict || !begins_with(thread.filters, other->filters)) {
+      return other->id;
+    }
+  }
+  for (Thread* other = threads; other != nullptr; other = other->next) {
+    __atomic_store_n(&other->filters, filters, __ATOMIC_RELEASE);
+  }
+  return 0;
 }
 
 void keep_only(Thread& thread) {

@@ -31,6 +31,11 @@ Thread* new_thread();
 void delete_thread(Thread* thread);
 // Counts a thread out that ends or never began; whether it was the last one.
 bool leave_process();
+// Whether there are other threads.
+bool is_one_of_many();
+// Gives all threads these filters, which begin with the thread's own. If one has others it stays as
+// it is, and so do all: returns its id, else 0.
+int give_filters_to_all(Thread& thread, const CallFilter* filters);
 // After a fork only the calling thread is left.
 void keep_only(Thread& thread);
 

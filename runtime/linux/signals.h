@@ -96,6 +96,7 @@ ClientAnswer ask_client(int signal, siginfo_t* info, void* context, bool applica
 void deliver_pending(Thread& thread);
 // A fault that the runtime found itself, at context.pc.
 void raise_fault(Thread& thread, int signal, int code, uint64_t address);
+void raise_fault(Thread& thread, siginfo_t& info);
 // Whether a fault reaches a handler of the application.
 bool application_handles(const Thread& thread, int signal);
 

@@ -6,6 +6,8 @@
 #include <cerrno>
 #include <iterator>
 
+#include "runtime/linux/seccomp.h"
+
 #include "runtime/linux/messages.h"
 
 extern "C" int64_t os_call(core::Context* context, uint64_t number, const uint64_t* arguments);
@@ -58,6 +60,7 @@ constexpr Row kRows[] = {
     {SYS_epoll_pwait, sys_wait_with_mask},
     {SYS_epoll_pwait2, sys_wait_with_mask},
     {SYS_prctl, sys_prctl},
+    {SYS_seccomp, sys_seccomp},
     {SYS_rseq, sys_missing},
 };
 // clang-format on
@@ -82,7 +85,10 @@ void system_call(Thread& thread) {
   if (keeps_standard_error) [[unlikely]] {
     note_call_while_kept(call.number);
   }
-  const int64_t result = dispatch(thread, call);
+  int64_t result;
+  if ((thread.filters == nullptr && !thread.strict) || may_call(thread, call, result)) {
+    result = dispatch(thread, call);
+  }
   if (result == kNotMade) {
     context.pc -= 4;
   } else if (result != kNoResult) {

@@ -15,6 +15,7 @@ inline constexpr uint64_t kFaultPending = 4;   // signals.fault waits to be deli
 inline constexpr unsigned kMostWaiting = 8;
 
 struct ActionTable;
+struct CallFilter;
 
 struct ThreadSignals {
   ActionTable* actions;     // the process's, or a vfork child's own
@@ -37,11 +38,13 @@ struct ThreadSignals {
 struct Thread {
   core::Context context;  // first: a drcontext is a Thread
   ThreadSignals signals;
-  uint64_t clear_tid;    // emulated CLONE_CHILD_CLEARTID
-  uint64_t robust_list;  // as set_robust_list gave it
-  Thread* next;          // in the list of all threads
+  uint64_t clear_tid;         // emulated CLONE_CHILD_CLEARTID
+  uint64_t robust_list;       // as set_robust_list gave it
+  const CallFilter* filters;  // of seccomp, null: none
+  Thread* next;               // in the list of all threads
   int id;
   bool keeps_vector_length;  // PR_SVE_VL_INHERIT
+  bool strict;               // seccomp's strict mode
   bool main;                 // the one that the kernel started: it cannot end by returning
   bool exiting;              // run_application shall return
   bool vfork_child;          // runs in the memory of a parent that waits

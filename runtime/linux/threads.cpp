@@ -75,6 +75,7 @@ void copy_registers(const Thread& parent, const CloneArguments& arguments, Threa
   to.x[0] = 0;
   child.keeps_vector_length = parent.keeps_vector_length;
   child.signals.mask = parent.signals.mask;
+  child.filters = parent.filters;
   child.clear_tid = (arguments.flags & CLONE_CHILD_CLEARTID) != 0 ? arguments.child_tid : 0;
 }
 

@@ -3,14 +3,18 @@
 #include <errno.h>
 #include <fcntl.h>
 #include <libgen.h>
+#include <linux/filter.h>
+#include <linux/seccomp.h>
 #include <setjmp.h>
 #include <signal.h>
 #include <spawn.h>
+#include <stddef.h>
 #include <stdio.h>
 #include <stdlib.h>
 #include <string.h>
 #include <sys/auxv.h>
 #include <sys/mman.h>
+#include <sys/prctl.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
 #include <sys/syscall.h>
@@ -63,8 +67,11 @@ static int arrive(int argc, char** argv, const char* way) {
   sigprocmask(SIG_BLOCK, NULL, &blocked);
   sigpending(&pending);
   const int wanted = strcmp(way, "blocked") == 0;
+  errno = 0;
+  const int filtered = syscall(SYS_getppid) == -1 && errno == 99;
   const int right =
-      argc == 1 && strcmp(argv[0], strcmp(way, "wordless") == 0 ? "" : way) == 0 && emulated() &&
+      argc == 1 && filtered == (strcmp(way, "filtered") == 0) &&
+      strcmp(argv[0], strcmp(way, "wordless") == 0 ? "" : way) == 0 && emulated() &&
       (simulated() || sigismember(&blocked, SIGSEGV) == wanted) &&
       sigismember(&pending, SIGUSR1) == wanted &&
       (strcmp(way, "full") == 0 || simulated() || access("/proc/self/fd/3", F_OK) < 0);
@@ -155,6 +162,17 @@ static void in_little_memory(void) {
   setrlimit(RLIMIT_AS, &little);
   execl(self_path, "little", NULL);
 }
+static void with_filter(void) {
+  struct sock_filter program[] = {
+      BPF_STMT(BPF_LD | BPF_W | BPF_ABS, offsetof(struct seccomp_data, nr)),
+      BPF_JUMP(BPF_JMP | BPF_JEQ | BPF_K, SYS_getppid, 0, 1),
+      BPF_STMT(BPF_RET | BPF_K, SECCOMP_RET_ERRNO | 99),
+      BPF_STMT(BPF_RET | BPF_K, SECCOMP_RET_ALLOW)};
+  const struct sock_fprog given = {sizeof program / sizeof *program, program};
+  prctl(PR_SET_NO_NEW_PRIVS, 1, 0, 0, 0);
+  prctl(PR_SET_SECCOMP, SECCOMP_MODE_FILTER, &given);
+  execl(self_path, "filtered", NULL);
+}
 // A simulator is not to be found there, nor the interpreter of a dynamic program.
 static void in_chroot(void) {
   if (simulated() || getauxval(AT_BASE) != 0 || mkdir("root", 0755) != 0 ||
@@ -172,9 +190,11 @@ static int all_ways(void) {
   static const struct {
     const char* name;
     void (*execute)(void);
-  } ways[] = {{"memory", by_memory},         {"deleted", by_nothing},      {"link", by_link},
-              {"full", without_descriptors}, {"wordless", without_words},  {"place", by_place},
-              {"blocked", with_blocked},     {"little", in_little_memory}, {"root", in_chroot}};
+  } ways[] = {{"memory", by_memory},       {"deleted", by_nothing},
+              {"link", by_link},           {"full", without_descriptors},
+              {"wordless", without_words}, {"place", by_place},
+              {"blocked", with_blocked},   {"little", in_little_memory},
+              {"filtered", with_filter},   {"root", in_chroot}};
   char folder[] = "/tmp/executes.XXXXXX";
   int failures = mkdtemp(folder) == NULL || chdir(folder) != 0;
   for (size_t i = 0; i < sizeof ways / sizeof *ways; ++i) {
