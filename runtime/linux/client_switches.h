@@ -7,8 +7,10 @@
 
 extern "C" {
 
-// Switches, off at first: libraries are emulated, too.
+// Switches, off at first: libraries are emulated, too; memory faults are those of a processor with
+// SVE.
 __attribute__((weak)) extern bool sve_in_libraries;
+__attribute__((weak)) extern bool sve_faults_as_hardware;
 
 // The thread's predicates and its first-fault register as Linux lays them out: P0 to P15 and FFR,
 // a bit for each byte of a vector, kPredicateBytes in all.

@@ -179,6 +179,9 @@ int launch(int argc, char** argv, char** environment) {
   if (&sve_in_libraries != nullptr) {
     sve_in_libraries = !options.only_program;
   }
+  if (&sve_faults_as_hardware != nullptr) {
+    sve_faults_as_hardware = !options.library_faults;
+  }
   if (options.profile != nullptr) {
     if (const char* reason = request_profile(options.profile)) {
       refuse(options.profile, reason, kUsageStatus);

@@ -79,8 +79,8 @@ struct Word {
 };
 
 // --help does not tell of those behind --profile=: those that the runtime sets when it follows an
-// exec, and two for comparison only: inserted code runs as it was inserted, and no indirect branch
-// learns where it goes.
+// exec, and three for comparison only: inserted code runs as it was inserted, no indirect branch
+// learns where it goes, and memory faults are what the client makes of them by itself.
 constexpr Word kWords[] = {
     {"--sve", [](Options& options, const char*) { options.sve = true; }},
     {"--only-program", [](Options& options, const char*) { options.only_program = true; }},
@@ -96,6 +96,7 @@ constexpr Word kWords[] = {
      [](Options& options, const char*) { options.keeps_vector_length = true; }},
     {"--no-optimise", [](Options& options, const char*) { options.optimise = false; }},
     {"--no-predict", [](Options& options, const char*) { options.predict = false; }},
+    {"--library-faults", [](Options& options, const char*) { options.library_faults = true; }},
 };
 
 bool matches(const Word& word, std::string_view text) {
@@ -187,6 +188,7 @@ std::vector<std::string> options_of_followed(const Options& options, const std::
   add(options.only_program, "--only-program");
   add(!options.optimise, "--no-optimise");
   add(!options.predict, "--no-predict");
+  add(options.library_faults, "--library-faults");
   add(keeps_vector_length, "--keep-vector-length");
   add(options.report.kind == ReportTarget::Kind::none, "-q");
   if (options.report.kind == ReportTarget::Kind::file) {

@@ -23,6 +23,7 @@ struct Options {
   bool keeps_vector_length = false;
   bool optimise = true;
   bool predict = true;
+  bool library_faults = false;    // memory faults are what the client alone makes of them
   const char* profile = nullptr;  // where the profile goes, null: none is written
   ReportTarget report;
   char** application = nullptr;  // the application and its arguments, null-terminated

@@ -9,6 +9,7 @@
 
 #include "host/signal_context.h"
 #include "sve/client/cpu_state.h"
+#include "sve/client/switches.h"
 #include "sve/model/context.h"
 
 int SVELibInitialized;
@@ -46,6 +47,12 @@ bool kernel_can_read(volatile char* address) {
   return readable;
 }
 
+bool is_in_force(int signal) {
+  struct sigaction action;
+  sigaction(signal, nullptr, &action);
+  return (action.sa_flags & SA_SIGINFO) != 0 && action.sa_sigaction == SVESigHandler;
+}
+
 void touch(uint64_t address) {
   [[maybe_unused]] const volatile uint8_t byte = *reinterpret_cast<volatile uint8_t*>(address);
 }
@@ -66,7 +73,8 @@ int SVEInitialize() {
 
 void SVESigHandler(int signal, siginfo_t* info, void* context) {
   // A signal that was sent, and not raised by an access, has a code of 0 or below.
-  if (signal == SIGSEGV && info->si_code > 0 && host::step_over_probe(context)) {
+  if ((signal == SIGSEGV || sve_faults_as_hardware) && info->si_code > 0 &&
+      host::step_over_probe(context)) {
     access_violation = true;
     return;
   }
@@ -90,9 +98,7 @@ void SVESigHandler(int signal, siginfo_t* info, void* context) {
 // for the action costs no system call. Where an embedding program has put its own handler in
 // place, nothing may fault at all, and the kernel does the reading.
 template <> bool addr_is_readable<char>(volatile char* address) {
-  struct sigaction in_force;
-  sigaction(SIGSEGV, nullptr, &in_force);
-  if ((in_force.sa_flags & SA_SIGINFO) == 0 || in_force.sa_sigaction != SVESigHandler)
+  if (!is_in_force(SIGSEGV) || (sve_faults_as_hardware && !is_in_force(SIGBUS)))
     return kernel_can_read(address);
   access_violation = false;
   host::probe_byte(address);

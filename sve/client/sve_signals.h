@@ -29,14 +29,15 @@ TAVOK_EXPORT TAVOK_SIGNAL_SAFE_TLS extern constinit thread_local volatile int SV
 // Installs SVESigHandler for SIGSEGV and SIGBUS, once. Returns 1.
 int SVEInitialize();
 
-// Ends a guarded read that faulted, and steps over a probe that raised SIGSEGV. Any other fault is
-// the application's own: prints a message, puts the default action back and returns, so that the
-// access faults again and ends the process.
+// Ends a guarded read that faulted, and steps over a probe that raised SIGSEGV, or SIGBUS with
+// sve_faults_as_hardware. Any other fault is the application's own: prints a message, puts the
+// default action back and returns, so that the access faults again and ends the process.
 void SVESigHandler(int signal, siginfo_t* info, void* context);
 
 // True if one byte can be read at the address. The memory is only read, and the signal action in
-// force before the call is in force during and after it. While SVESigHandler is in force, a SIGBUS
-// of the read is an ordinary fault; under any other action such memory counts as unreadable.
+// force before the call is in force during and after it. Memory that raises SIGBUS counts as
+// unreadable with sve_faults_as_hardware, and where SVESigHandler is not in force; otherwise a
+// SIGBUS of the read is an ordinary fault.
 template <class T> bool addr_is_readable(volatile T* address);
 template <> bool addr_is_readable<char>(volatile char* address);
 

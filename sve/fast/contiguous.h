@@ -26,16 +26,24 @@ inline uint64_t indexed_address(const cpu_state* state, aarch64_i_rsp_reg rn, aa
 inline constexpr unsigned fewest_for_lowest = 8;
 
 // How many elements are accessed at once: the lowest ones, if no others are active, inside a page.
-// No fault can fall between them, and the first that is accessed is element 0. Or none_at_once.
-inline constexpr unsigned none_at_once = vector_bytes + 1;
+// No fault can fall between them, and the first that is accessed is element 0. Or none_at_once, or
+// in_two_pages.
+inline constexpr unsigned none_at_once = vector_bytes + 1, in_two_pages = vector_bytes + 2;
 template <class Memory, class T>
 inline unsigned at_once(const uint8_t* predicate, uint64_t address) {
   if (!in_one_page(address, elements<T> * sizeof(Memory)))
-    return none_at_once;
+    return in_two_pages;
   if (all_active<T>(predicate))
     return elements<T>;
   return elements<T> < fewest_for_lowest ? none_at_once : lowest_active<T>(predicate);
 }
+
+// Addresses of neighbours.
+template <class Memory> struct NextAddress {
+  uint64_t first;
+
+  uint64_t operator()(unsigned i) const { return first + i * sizeof(Memory); }
+};
 
 template <class Memory, class T>
 inline aarch64_decode_rc load_contiguous(cpu_state* state, aarch64_z_reg zt, aarch64_p_reg pg,
@@ -51,9 +59,10 @@ inline aarch64_decode_rc load_contiguous(cpu_state* state, aarch64_z_reg zt, aar
     Image image;
     memcpy(&image, &bytes, sizeof image);
     store<T>(slot, __builtin_convertvector(image, vector<T>));
+  } else if (count != in_two_pages && is_active<T>(predicate, 0)) {
+    load_lowest<Memory, T>(slot, predicate, elements<T>, NextAddress<Memory>{address});
   } else {
-    load_elements<Memory, T>(slot, predicate, elements<T>,
-                             [=](unsigned i) { return address + i * sizeof(Memory); });
+    return load_elements<Memory, T>(state, slot, predicate, NextAddress<Memory>{address});
   }
   return aarch64_decode_ok;
 }
@@ -73,8 +82,7 @@ inline aarch64_decode_rc store_contiguous(cpu_state* state, aarch64_z_reg zt, aa
     memcpy(&bytes, &image, sizeof image);
     write_bytes(address, count * sizeof(Memory), bytes);
   } else {
-    store_elements<Memory, T>(slot, predicate,
-                              [=](unsigned i) { return address + i * sizeof(Memory); });
+    store_elements<Memory, T>(slot, predicate, NextAddress<Memory>{address});
   }
   return aarch64_decode_ok;
 }
@@ -139,13 +147,18 @@ CONTIGUOUS(store, stnt1d, uint64_t, uint64_t)
 
 #undef CONTIGUOUS
 
-// LDR and STR of a vector, in two halves. The immediate counts vectors.
+// LDR and STR of a vector, in two halves where a fault can fall between them. The immediate counts
+// vectors.
 inline aarch64_decode_rc sve_ldr_zri(cpu_state* state, aarch64_z_reg zt, aarch64_i_rsp_reg rn,
                                      int imm) {
   const uint64_t address = fast::immediate_address<vector_bytes>(state, rn, imm);
+  uint8_t* const slot = state->z[zt.index];
+  if (fast::in_one_page(address, vector_bytes) || sve_faults_as_hardware) {
+    fast::store<uint64_t>(slot, fast::read_memory<fast::vector<uint64_t>>(address));
+    return aarch64_decode_ok;
+  }
   for (unsigned half = 0; half < 2; half++) {
-    fast::set_element(state->z[zt.index], half,
-                      fast::read_memory<uint64_t>(address + half * sizeof(uint64_t)));
+    fast::set_element(slot, half, fast::read_memory<uint64_t>(address + half * sizeof(uint64_t)));
     host::finish_access();
   }
   return aarch64_decode_ok;

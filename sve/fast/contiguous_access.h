@@ -1,11 +1,14 @@
 // How instruction functions reach the application's memory: one host access for each element, in
 // ascending order, so that a fault leaves exactly the elements below it done; or one for several
-// elements, where no fault can fall between them.
+// elements, where no fault can fall between them. With faults as the hardware has them a load that
+// faults leaves its destination as it was.
 #pragma once
 
 #include <bit>
+#include <utility>
 
 #include "host/application_memory.h"
+#include "sve/client/switches.h"
 #include "sve/fast/predicate_flags.h"
 #include "sve/fast/vector.h"
 
@@ -56,14 +59,51 @@ template <class T> inline unsigned lowest_active(const uint8_t* predicate) {
 // Reads the active ones of the first count elements from where address_of(i) says, extended from
 // Memory to T by Memory's sign; inactive elements become 0.
 template <class Memory, class T, class Address>
-inline void load_elements(uint8_t* zt, const uint8_t* predicate, unsigned count,
-                          Address address_of) {
+inline void load_lowest(uint8_t* zt, const uint8_t* predicate, unsigned count, Address address_of) {
   for (unsigned i = 0; i < count; i++) {
     set_element<T>(zt, i,
                    is_active<T>(predicate, i) ? static_cast<T>(read_memory<Memory>(address_of(i)))
                                               : T{});
     host::finish_access();
   }
+}
+
+// Calls function(0) to function(n - 1), without a loop, so that values by number stay in registers.
+template <unsigned n, class Function> inline void for_each(Function function) {
+  [&]<unsigned... i>(std::integer_sequence<unsigned, i...>) { (function(i), ...); }
+  (std::make_integer_sequence<unsigned, n>{});
+}
+
+// The same with faults as the hardware has them: nothing arrives before all has been read.
+template <class Memory, class T, class Address>
+inline void load_whole(uint8_t* zt, const uint8_t* predicate, Address address_of) {
+  T values[elements<T>];
+  const auto read_element = [&](unsigned i) {
+    values[i] =
+        is_active<T>(predicate, i) ? static_cast<T>(read_memory<Memory>(address_of(i))) : T{};
+    host::finish_access();
+  };
+  if constexpr (elements<T> <= 4) {
+    for_each<elements<T>>(read_element);
+    for_each<elements<T>>([&](unsigned i) { set_element<T>(zt, i, values[i]); });
+  } else {
+    for (unsigned i = 0; i < elements<T>; i++)
+      read_element(i);
+    memcpy(zt, values, vector_bytes);
+  }
+}
+
+// Where a fault may find elements done, or made 0. Called in the end and with the record where it
+// is, so that what comes before needs no frame and no moves for it.
+template <class Memory, class T, class Address>
+[[gnu::noinline]] inline aarch64_decode_rc
+load_elements(cpu_state* state, uint8_t* zt, const uint8_t* predicate, Address address_of) {
+  asm volatile("" : : "r"(state));
+  if (sve_faults_as_hardware)
+    load_whole<Memory, T>(zt, predicate, address_of);
+  else
+    load_lowest<Memory, T>(zt, predicate, elements<T>, address_of);
+  return aarch64_decode_ok;
 }
 
 // Writes the low bytes of the active elements to where address_of(i) says.
@@ -92,12 +132,15 @@ struct ImageBytes {
 inline ImageBytes read_bytes(uint64_t address, unsigned bytes) {
   // What the last part has of the first is dropped: each element comes from one access.
   const auto both_ends = [=]<class Part>(Part first) {
+    host::finish_access();
     const auto last = read_memory<Part>(address + bytes - sizeof(Part));
     return first | uint64_t{last} >> 8 * (2 * sizeof(Part) - bytes) << 8 * sizeof(Part);
   };
-  if (bytes > 8)
-    return {read_memory<uint64_t>(address),
-            read_memory<uint64_t>(address + bytes - 8) >> 8 * (16 - bytes)};
+  if (bytes > 8) {
+    const auto low = read_memory<uint64_t>(address);
+    host::finish_access();
+    return {low, read_memory<uint64_t>(address + bytes - 8) >> 8 * (16 - bytes)};
+  }
   if (bytes == 8)
     return {read_memory<uint64_t>(address), 0};
   if (bytes >= 4)

@@ -7,6 +7,7 @@
 
 #include "sve/client/sve_signals.h"
 #include "sve/client/sve_utils.h"
+#include "sve/client/switches.h"
 #include "sve/fast/contiguous.h"
 
 namespace fast {
@@ -23,11 +24,41 @@ template <class Memory> inline bool rest_is_readable(uint64_t address) {
          is_readable(address + sizeof(Memory) - 1);
 }
 
+// As the hardware has it: active elements in ascending order, the first one of a first-fault load
+// with a plain access. The first that cannot be read and all behind it become 0 and lose their
+// groups of ffr.
+template <class Memory, class T, bool first_faults>
+inline aarch64_decode_rc load_until_fault(cpu_state* state, aarch64_z_reg zt, aarch64_p_reg pg,
+                                          uint64_t address) {
+  T loaded[elements<T>] = {};
+  bool plain = first_faults;
+  uint64_t last = page_size;  // offset in a page of which a byte was read
+  for (unsigned i = 0; i < elements<T>; i++, address += sizeof(Memory)) {
+    if (!is_active<T>(state->p[pg.index], i))
+      continue;
+    const bool in_page_read = page_offset(address) > last;
+    if (!plain && !((in_page_read || is_readable(address)) && rest_is_readable<Memory>(address))) {
+      memset(state->ffr + i * sizeof(T), 0, vector_bytes - i * sizeof(T));
+      break;
+    }
+    loaded[i] = static_cast<T>(read_memory<Memory>(address));
+    host::finish_access();
+    last = page_offset(address + sizeof(Memory) - 1);
+    plain = false;
+  }
+  memcpy(state->z[zt.index], loaded, vector_bytes);
+  return aarch64_decode_ok;
+}
+
 // Every active element for itself: one that cannot be read keeps its old value and clears its
 // group of ffr.
 template <class Memory, class T>
 inline aarch64_decode_rc load_non_fault(cpu_state* state, aarch64_z_reg zt, aarch64_p_reg pg,
                                         uint64_t address) {
+  if (sve_faults_as_hardware)
+    return in_one_page(address, elements<T> * sizeof(Memory)) && is_readable(address)
+               ? load_contiguous<Memory, T>(state, zt, pg, address)
+               : load_until_fault<Memory, T, false>(state, zt, pg, address);
   bool readable = is_readable(address);
   uint64_t last = page_offset(address);
   if (readable && is_active<T>(state->p[pg.index], 0) &&
@@ -67,13 +98,15 @@ template <class T> inline unsigned elements_in_page(const uint8_t* predicate, ui
 template <class Memory, class T>
 inline aarch64_decode_rc load_first_fault(cpu_state* state, aarch64_z_reg zt, aarch64_p_reg pg,
                                           uint64_t address) {
-  if (page_offset(address) <= page_offset(address + vector_bytes) ||
-      is_readable(address + page_size))
+  if (page_offset(address) <= page_offset(address + vector_bytes))
+    return load_contiguous<Memory, T>(state, zt, pg, address);
+  if (sve_faults_as_hardware)
+    return load_until_fault<Memory, T, true>(state, zt, pg, address);
+  if (is_readable(address + page_size))
     return load_contiguous<Memory, T>(state, zt, pg, address);
   const uint8_t* const predicate = state->p[pg.index];
   const unsigned count = elements_in_page<T>(predicate, address);
-  load_elements<Memory, T>(state->z[zt.index], predicate, count,
-                           [=](unsigned i) { return address + i * sizeof(Memory); });
+  load_lowest<Memory, T>(state->z[zt.index], predicate, count, NextAddress<Memory>{address});
   memset(state->ffr + count * sizeof(T), 0, vector_bytes - count * sizeof(T));
   return aarch64_decode_ok;
 }

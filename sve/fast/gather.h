@@ -24,8 +24,18 @@ template <class T, auto extend, unsigned scale> struct VectorAddress {
 template <class Memory, class T, auto extend, unsigned scale>
 inline aarch64_decode_rc load_gather(cpu_state* state, aarch64_z_reg zt, aarch64_p_reg pg,
                                      aarch64_z_reg zm, uint64_t base) {
-  load_elements<Memory, T>(state->z[zt.index], state->p[pg.index], elements<T>,
-                           VectorAddress<T, extend, scale>{base, state->z[zm.index]});
+  uint8_t* const slot = state->z[zt.index];
+  const uint8_t* const predicate = state->p[pg.index];
+  const VectorAddress<T, extend, scale> address_of = {base, state->z[zm.index]};
+  if (!all_active<T>(predicate) || !sve_faults_as_hardware)
+    return load_elements<Memory, T>(state, slot, predicate, address_of);
+  // As load_whole, without a test for each element.
+  T values[elements<T>];
+  for_each<elements<T>>([&](unsigned i) {
+    values[i] = static_cast<T>(read_memory<Memory>(address_of(i)));
+    host::finish_access();
+  });
+  for_each<elements<T>>([&](unsigned i) { set_element<T>(slot, i, values[i]); });
   return aarch64_decode_ok;
 }
 

@@ -5,12 +5,23 @@
 
 namespace fast {
 
+struct SameAddress {
+  uint64_t address;
+
+  uint64_t operator()(unsigned) const { return address; }
+};
+
 template <class Memory, class T>
 inline aarch64_decode_rc load_replicate(cpu_state* state, aarch64_z_reg zt, aarch64_p_reg pg,
                                         aarch64_i_rsp_reg rn, unsigned imm) {
   const uint64_t address = read(state, rn) + imm * sizeof(Memory);
-  load_elements<Memory, T>(state->z[zt.index], state->p[pg.index], elements<T>,
-                           [=](unsigned) { return address; });
+  uint8_t* const slot = state->z[zt.index];
+  const uint8_t* const predicate = state->p[pg.index];
+  if (!is_active<T>(predicate, 0))
+    return load_elements<Memory, T>(state, slot, predicate, SameAddress{address});
+  // Only the first access can fault, and nothing is done in front of it.
+  const T value = static_cast<T>(read_memory<Memory>(address));
+  store<T>(slot, broadcast(value) & active<T>(predicate));
   return aarch64_decode_ok;
 }
 

@@ -6,6 +6,7 @@
 
 #include "host/application_memory.h"
 #include "sve/client/sve_signals.h"
+#include "sve/client/switches.h"
 #include "sve/model/context.h"
 
 namespace model {
@@ -33,7 +34,7 @@ template <int msize> inline void write(uint64_t value, uint64_t address, CpuCont
 inline namespace direct {  // hook_access.h has a class of this name, too
 
 // Reads of one load that may fail, one after another. Where one has succeeded, the others in its
-// page need no guard.
+// page need no guard. The first of a first-fault load may fault as the hardware's does.
 template <int msize> struct GuardedReads {
   CpuContext* context;
   int first_done;
@@ -43,7 +44,9 @@ template <int msize> struct GuardedReads {
     const uint64_t first = address / host::smallest_page;
     const uint64_t last = (address + msize - 1) / host::smallest_page;
     const bool known = first == readable_page && last == readable_page;
-    const uint64_t value = read<msize>(address, first_done, known ? nullptr : fault, context);
+    const bool plain = known || (first_done == 0 && sve_faults_as_hardware);
+    const uint64_t value = read<msize>(address, first_done, plain ? nullptr : fault, context);
+    first_done = 1;
     if (!*fault)
       readable_page = last;
     return value;

@@ -1,6 +1,7 @@
 // Accesses to the application's memory through the hooks.
 #pragma once
 
+#include "sve/client/switches.h"
 #include "sve/model/memory.h"
 
 namespace model {
@@ -28,13 +29,15 @@ template <int msize> inline void write(uint64_t value, uint64_t address, CpuCont
     WriteMemLib8(value, address, context);
 }
 
-// Reads of one load that may fail, one after another. first_done: 1 for a non-fault load.
+// Reads of one load that may fail, one after another. first_done: 1 for a non-fault load. The first
+// of a first-fault load may fault as the hardware's does.
 template <int msize> struct GuardedReads {
   CpuContext* context;
   int first_done;
 
   uint64_t operator()(uint64_t address, bool* fault) {
-    const uint64_t value = read<msize>(address, first_done, fault, context);
+    const bool plain = first_done == 0 && sve_faults_as_hardware;
+    const uint64_t value = read<msize>(address, first_done, plain ? nullptr : fault, context);
     first_done = 1;
     return value;
   }

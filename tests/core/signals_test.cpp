@@ -10,6 +10,7 @@
 #include <cstring>
 #include <thread>
 
+#include "sve/client/switches.h"
 #include "tests/core/child_process.h"
 
 namespace {
@@ -72,15 +73,16 @@ void own_handler(int) {
 }
 
 struct OwnHandler {
+  int signal;
   struct sigaction before;
-  OwnHandler() {
+  explicit OwnHandler(int of = SIGSEGV) : signal(of) {
     struct sigaction action = {};
     action.sa_handler = own_handler;
     action.sa_flags = SA_NODEFER;
     sigaddset(&action.sa_mask, SIGUSR2);
-    sigaction(SIGSEGV, &action, &before);
+    sigaction(signal, &action, &before);
   }
-  ~OwnHandler() { sigaction(SIGSEGV, &before, nullptr); }
+  ~OwnHandler() { sigaction(signal, &before, nullptr); }
 };
 
 __attribute__((noinline)) bool fault_on_own_handler(volatile char* address) {
@@ -159,12 +161,22 @@ TEST(Probe, LeavesASignalThatWasSentToTheHandler) {
   EXPECT_EQ(result.count(segv_message), 1) << result.errors;
 }
 
-TEST(Probe, DoesNotTakeABusError) {
+TEST(Probe, TakesABusErrorOnlyAsTheHardwareHasIt) {
   const child_result result = run_in_child([] {
     without_core_file();
+    sve_faults_as_hardware = true;
+    EXPECT_FALSE(addr_is_readable<char>(page_behind_file()));
+    if (!TEST_SIMULATED) {  // the simulator's kernel is itself, and would die of such a read
+      const OwnHandler own(SIGBUS);
+      EXPECT_FALSE(addr_is_readable<char>(page_behind_file()));
+    }
+    sve_faults_as_hardware = false;
+    fputs(own_faults == 0 && !testing::Test::HasFailure() ? "as the hardware\n" : "wrong\n",
+          stderr);
     addr_is_readable<char>(page_behind_file());
   });
   EXPECT_TRUE(result.killed_by(SIGBUS)) << result.status;
+  EXPECT_EQ(result.errors.substr(0, result.errors.rfind("tavok")), "as the hardware\n");
   EXPECT_EQ(result.count(bus_message), 1) << result.errors;
 }
 

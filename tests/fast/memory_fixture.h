@@ -8,6 +8,7 @@
 #include <csetjmp>
 #include <csignal>
 
+#include "sve/client/switches.h"
 #include "tests/fast/fixture.h"
 
 namespace fixture {
@@ -68,6 +69,13 @@ private:
   uint8_t* bytes_;
 };
 
+// Memory faults as the library tells them, or as the hardware has them.
+struct Faults {
+  explicit Faults(bool as_hardware) { sve_faults_as_hardware = as_hardware; }
+  ~Faults() { sve_faults_as_hardware = false; }
+  Faults(const Faults&) = delete;
+};
+
 inline sigjmp_buf fault_return;
 inline uint64_t fault_address;
 
@@ -77,7 +85,7 @@ inline void catch_fault(int, siginfo_t* info, void*) {
 }
 
 // Runs the word, and says whether it faulted: then the record is as it was at the fault.
-inline bool faults(cpu_state& state, const Row& row, uint32_t word) {
+inline bool faults(cpu_state& state, decode_stub stub, uint32_t word) {
   struct sigaction action = {};
   struct sigaction former;
   action.sa_sigaction = catch_fault;
@@ -85,7 +93,7 @@ inline bool faults(cpu_state& state, const Row& row, uint32_t word) {
   sigaction(SIGSEGV, &action, &former);
   volatile bool faulted = true;
   if (sigsetjmp(fault_return, 1) == 0) {
-    row.stub(&state, word);
+    stub(&state, word);
     faulted = false;
   }
   sigaction(SIGSEGV, &former, nullptr);
