@@ -65,12 +65,12 @@ function(tavok_half_optimised name linkage cpu)
 endfunction()
 
 # tavok_program_test(<name> SOURCES <files> [STATIC | DYNAMIC] [CPUS <models>]
-#                    [FLAGS <both builds>] [SVE_FLAGS <the SVE build>]):
+#                    [FLAGS <both builds>] [SVE_FLAGS <the SVE build>] [LINK_FLAGS <both builds>]):
 # builds the program with SVE and without, and compares the plain build run directly with the SVE
 # build run under tavok: output, exit status, and the report. Without STATIC or DYNAMIC, both
 # linkages are built; without CPUS, it runs on all of TAVOK_PROGRAM_CPUS, optimised by halves.
 function(tavok_program_test name)
-  cmake_parse_arguments(arg "STATIC;DYNAMIC" "" "SOURCES;CPUS;FLAGS;SVE_FLAGS" ${ARGN})
+  cmake_parse_arguments(arg "STATIC;DYNAMIC" "" "SOURCES;CPUS;FLAGS;SVE_FLAGS;LINK_FLAGS" ${ARGN})
   set(linkages static dynamic)
   if(arg_STATIC)
     set(linkages static)
@@ -97,6 +97,7 @@ function(tavok_program_test name)
     foreach(linkage ${linkages})
       tavok_program_executable(${name}_${build}_${linkage} ${linkage}
         SOURCES $<TARGET_OBJECTS:${name}_${build}>)
+      target_link_options(${name}_${build}_${linkage} PRIVATE ${arg_LINK_FLAGS})
     endforeach()
   endforeach()
 

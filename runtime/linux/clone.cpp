@@ -33,9 +33,8 @@ int64_t clone_any(Thread& parent, const CloneArguments& arguments) {
     return (arguments.flags & kThreadFlags) == kThreadFlags ? create_thread(parent, arguments)
                                                             : -EINVAL;
   }
-  // A process in the same memory that runs beside its parent would need a second runtime.
   if ((arguments.flags & (CLONE_VM | CLONE_VFORK)) == CLONE_VM) {
-    return -EINVAL;
+    return create_companion(parent, arguments);
   }
   return create_process(parent, arguments);
 }

@@ -95,6 +95,15 @@ bool leave_process() {
   return --running == 0;
 }
 
+Thread* find_thread(int id) {
+  const std::lock_guard lock(threads_mutex);
+  Thread* thread = threads;
+  while (thread != nullptr && thread->id != id) {
+    thread = thread->next;
+  }
+  return thread;
+}
+
 bool is_one_of_many() {
   const std::lock_guard lock(threads_mutex);
   return running > 1;

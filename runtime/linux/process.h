@@ -31,6 +31,8 @@ Thread* new_thread();
 void delete_thread(Thread* thread);
 // Counts a thread out that ends or never began; whether it was the last one.
 bool leave_process();
+// The thread of this number, null if it is none of the application's.
+Thread* find_thread(int id);
 // Whether there are other threads.
 bool is_one_of_many();
 // Gives all threads these filters, which begin with the thread's own. If one has others it stays as

@@ -43,6 +43,7 @@ constexpr Row kRows[] = {
     {SYS_exit_group, sys_exit_group},
     {SYS_set_tid_address, sys_set_tid_address},
     {SYS_set_robust_list, sys_set_robust_list},
+    {SYS_ptrace, sys_ptrace},
     {SYS_clone, sys_clone},
     {SYS_clone3, sys_clone3},
     {SYS_execve, sys_execve},

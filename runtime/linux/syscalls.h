@@ -44,6 +44,7 @@ int64_t sys_exit_group(Thread& thread, const Call& call);
 int64_t sys_set_tid_address(Thread& thread, const Call& call);
 int64_t sys_set_robust_list(Thread& thread, const Call& call);
 int64_t sys_clone(Thread& thread, const Call& call);
+int64_t sys_ptrace(Thread& thread, const Call& call);
 int64_t sys_clone3(Thread& thread, const Call& call);
 int64_t sys_execve(Thread& thread, const Call& call);
 int64_t sys_execveat(Thread& thread, const Call& call);

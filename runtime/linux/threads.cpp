@@ -31,17 +31,6 @@ struct Birth {
   std::atomic<int> id;  // 0 until the thread has begun
 };
 
-// Before the thread's own code can run, and by the thread: glibc names the same word for both, and
-// a late write by the parent would undo the clearing at the thread's end.
-void write_ids(const CloneArguments& arguments, int id) {
-  if ((arguments.flags & CLONE_PARENT_SETTID) != 0) {
-    write_word(arguments.parent_tid, id);
-  }
-  if ((arguments.flags & CLONE_CHILD_SETTID) != 0) {
-    write_word(arguments.child_tid, id);
-  }
-}
-
 // All signals are blocked from before the thread's beginning until its mask is applied.
 void* thread_main(void* argument) {
   auto* birth = static_cast<Birth*>(argument);
@@ -58,25 +47,6 @@ void* thread_main(void* argument) {
   core::set_current_context(nullptr);
   delete_thread(thread);
   return nullptr;
-}
-
-// The child's registers: the parent's, but for those that clone changes.
-void copy_registers(const Thread& parent, const CloneArguments& arguments, Thread& child) {
-  const core::Context& from = parent.context;
-  core::Context& to = child.context;
-  std::copy_n(from.x, std::size(from.x), to.x);
-  std::memcpy(to.q, from.q, sizeof to.q);
-  to.pc = from.pc;
-  to.nzcv = from.nzcv;
-  to.fpsr = from.fpsr;
-  to.fpcr = from.fpcr;
-  to.sp = arguments.stack != 0 ? arguments.stack : from.sp;
-  to.tpidr = (arguments.flags & CLONE_SETTLS) != 0 ? arguments.tls : from.tpidr;
-  to.x[0] = 0;
-  child.keeps_vector_length = parent.keeps_vector_length;
-  child.signals.mask = parent.signals.mask;
-  child.filters = parent.filters;
-  child.clear_tid = (arguments.flags & CLONE_CHILD_CLEARTID) != 0 ? arguments.child_tid : 0;
 }
 
 bool start_pthread(Birth& birth) {
@@ -151,13 +121,40 @@ void release_robust_mutexes(const Thread& thread) {
 
 }  // namespace
 
+void inherit(const Thread& parent, const CloneArguments& arguments, Thread& child) {
+  const core::Context& from = parent.context;
+  core::Context& to = child.context;
+  std::copy_n(from.x, std::size(from.x), to.x);
+  std::memcpy(to.q, from.q, sizeof to.q);
+  to.pc = from.pc;
+  to.nzcv = from.nzcv;
+  to.fpsr = from.fpsr;
+  to.fpcr = from.fpcr;
+  to.sp = arguments.stack != 0 ? arguments.stack : from.sp;
+  to.tpidr = (arguments.flags & CLONE_SETTLS) != 0 ? arguments.tls : from.tpidr;
+  to.x[0] = 0;
+  child.keeps_vector_length = parent.keeps_vector_length;
+  child.signals.mask = parent.signals.mask;
+  child.filters = parent.filters;
+  child.clear_tid = (arguments.flags & CLONE_CHILD_CLEARTID) != 0 ? arguments.child_tid : 0;
+}
+
+void write_ids(const CloneArguments& arguments, int id) {
+  if ((arguments.flags & CLONE_PARENT_SETTID) != 0) {
+    write_word(arguments.parent_tid, id);
+  }
+  if ((arguments.flags & CLONE_CHILD_SETTID) != 0) {
+    write_word(arguments.child_tid, id);
+  }
+}
+
 int64_t create_thread(Thread& parent, const CloneArguments& arguments) {
   const uint64_t mask = set_kernel_mask(kAllSignals);
   if ((parent.context.pending & ~core::kChangesPending) != 0) {
     return kNotMade;
   }
   Thread* child = new_thread();
-  copy_registers(parent, arguments, *child);
+  inherit(parent, arguments, *child);
   Birth birth = {child, &parent, &arguments, client_actions(), {0}};
   int64_t result = -EAGAIN;
   if (start_pthread(birth)) {

@@ -19,6 +19,14 @@ struct CloneArguments {
 // Each returns what the parent's call returns, or kNotMade.
 int64_t create_thread(Thread& parent, const CloneArguments& arguments);
 int64_t create_process(Thread& parent, const CloneArguments& arguments);
+// A process that runs in the parent's memory beside it.
+int64_t create_companion(Thread& parent, const CloneArguments& arguments);
+
+// The child's registers and masks: the parent's, but for what clone changes.
+void inherit(const Thread& parent, const CloneArguments& arguments, Thread& child);
+// Before the thread's own code can run, and by the thread: glibc names the same word for both, and
+// a late write by the parent would undo the clearing at the thread's end.
+void write_ids(const CloneArguments& arguments, int id);
 
 // Writes a number where the application asked for it. False, and nothing written, if it cannot be.
 bool write_word(uint64_t address, int value);
