@@ -9,8 +9,8 @@ target_compile_options(tavok_options INTERFACE
   -fno-strict-aliasing)
 if(TAVOK_SANITIZE)
   target_compile_options(tavok_options INTERFACE
-    -fsanitize=address,undefined -fno-sanitize-recover=all -fno-omit-frame-pointer)
-  target_link_options(tavok_options INTERFACE -fsanitize=address,undefined)
+    -fsanitize=${TAVOK_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer)
+  target_link_options(tavok_options INTERFACE -fsanitize=${TAVOK_SANITIZE})
 endif()
 
 # tavok_library(<name> <sources>...): a static library of one folder.

@@ -13,6 +13,9 @@
 
 #include <pthread.h>
 #include <sys/auxv.h>
+#ifdef __SANITIZE_THREAD__
+#include <sanitizer/tsan_interface.h>
+#endif
 
 #include <atomic>
 #include <cstddef>
@@ -36,6 +39,19 @@ template <class Native> auto& data(std::mutex& mutex) {
   return static_cast<Native*>(mutex.native_handle())->__data;
 }
 
+// For the thread sanitizer, which knows a mutex by the C library's functions: it is held or not.
+inline void note([[maybe_unused]] std::mutex& mutex, [[maybe_unused]] bool held) {
+#ifdef __SANITIZE_THREAD__
+  if (held) {
+    __tsan_mutex_pre_lock(&mutex, __tsan_mutex_try_lock);
+    __tsan_mutex_post_lock(&mutex, __tsan_mutex_try_lock, 0);
+  } else {
+    __tsan_mutex_pre_unlock(&mutex, 0);
+    __tsan_mutex_post_unlock(&mutex, 0);
+  }
+#endif
+}
+
 template <class Native> bool change(std::mutex& mutex, int from, int to) {
   return __atomic_compare_exchange_n(&data<Native>(mutex).__lock, &from, to, false,
                                      to == 1 ? __ATOMIC_ACQUIRE : __ATOMIC_RELEASE,
@@ -53,10 +69,14 @@ template <class Native = pthread_mutex_t> bool looks_free(std::mutex& mutex) {
 
 // Whether the mutex was free and is held now.
 template <class Native = pthread_mutex_t> bool try_lock(std::mutex& mutex) {
-  if constexpr (HasLockWord<Native>)
-    return change<Native>(mutex, 0, 1);
-  else
+  if constexpr (HasLockWord<Native>) {
+    const bool taken = change<Native>(mutex, 0, 1);
+    if (taken)
+      note(mutex, true);
+    return taken;
+  } else {
     return mutex.try_lock();
+  }
 }
 
 // Waits until it is.
@@ -81,10 +101,15 @@ template <class Native = pthread_mutex_t> void wake(std::mutex& mutex) {
   mutex.unlock();
 }
 template <class Native = pthread_mutex_t> bool try_unlock(std::mutex& mutex) {
-  if constexpr (HasLockWord<Native>)
-    return change<Native>(mutex, 1, 0);
-  else
+  if constexpr (HasLockWord<Native>) {
+    note(mutex, false);
+    const bool given = change<Native>(mutex, 1, 0);
+    if (!given)
+      note(mutex, true);
+    return given;
+  } else {
     return false;
+  }
 }
 
 // In the child of a fork, which has the forking thread alone: if that one had taken the mutex by

@@ -2,10 +2,14 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <atomic>
+#include <thread>
 
 #include "dr_api.h"
 #include "sve/client/cpu_state.h"
 #include "sve/client/statistics.h"
+#include "sve/client/switches.h"
+#include "sve/client/thread_records.h"
 #include "tests/core/captured_stderr.h"
 #include "tests/core/fake_runtime.h"
 
@@ -139,6 +143,40 @@ TEST_F(Client, ReportsAtExit) {
             (Calls{"dr_log 1 16777215 1 SVE client exiting\n", "drmgr_unregister_bb_app2app_event",
                    "drreg_exit", "drmgr_exit"}));
   EXPECT_EQ(runtime.modules_held, 0);
+}
+
+// Threads that begin, get their blocks rewritten and end, all at once.
+TEST_F(Client, ServesManyThreads) {
+  constexpr unsigned threads = 4, rounds = 50;
+  static uint32_t code[] = {0xd503201f, 0x04000000, 0xd503201f};  // NOP, ADD Z0.B, P0/M, ..., NOP
+  start();
+  sve_in_libraries = true;
+  std::atomic<unsigned> calls = 0;
+  const auto live = [&] {
+    for (unsigned round = 0; round < rounds; round++) {
+      fake::Thread own;
+      instrlist_t block;
+      for (uint32_t& word : code)
+        ir::append(block, ir::new_original(own.memory, word, reinterpret_cast<app_pc>(&word)));
+      fake::Tag tag = {reinterpret_cast<app_pc>(code)};
+      runtime.thread_init(&own);
+      runtime.block(&own, &tag, &block, false, false);
+      for (const instr_t* instr = block.first; instr != nullptr; instr = instr->next)
+        calls += instr->kind == ir::kind::call;
+      runtime.thread_exit(&own);
+      ir::clear(own.memory, block);
+      ir::dispose(own.memory);
+    }
+  };
+  std::vector<std::thread> running;
+  for (unsigned i = 0; i < threads; i++)
+    running.emplace_back(live);
+  for (std::thread& thread : running)
+    thread.join();
+  sve_in_libraries = false;
+  EXPECT_EQ(calls, threads * rounds);
+  EXPECT_EQ(sve_threads, nullptr);
+  EXPECT_NE(report().find(" 400 Non-SVE"), std::string::npos);
 }
 
 TEST_F(Client, ReportsWithoutAModule) {

@@ -207,6 +207,11 @@ TEST_F(Statistics, CountManySites) {
 // The lock may be another thread's at the moment of a fork, or its count half done; the child has
 // exact counts and must be able to count on.
 TEST_F(Statistics, CountInAForkedChild) {
+#ifdef __SANITIZE_THREAD__
+  constexpr int forks = 20;  // of a process with much memory
+#else
+  constexpr int forks = 200;
+#endif
   uint32_t sites[] = {add_z0_p0_z0, add_z0_p0_z0, add_z0_p0_z0};
   std::atomic<bool> stop = false;
   std::vector<std::thread> counting;
@@ -226,7 +231,7 @@ TEST_F(Statistics, CountInAForkedChild) {
   };
   const Share share;
   update_sve_stats(&sites[2], sites[2]);  // all places are known from now on
-  for (int i = 0; i < 200; i++) {
+  for (int i = 0; i < forks; i++) {
     update_sve_stats(&sites[2], sites[2]);
     const uint64_t before = sum_of_places();
     const child_result result = run_in_child([&] {
