@@ -12,13 +12,18 @@ TEST_PRESETS := native asan tsan aarch64
 PRODUCT_PRESET := aarch64
 endif
 
-.PHONY: help demo test bench format clean
+# Simulated machines: one whose processor authenticates pointers, and an old one.
+KERNEL_CPUS ?= max,sve=off,pauth-impdef=on cortex-a72
+KERNEL_TESTS ?= 'runtime|program|inspect|distribution'
+
+.PHONY: help demo test test-kernel test-kernel-quick bench format clean
 help:
-	@echo "make demo    build tavok and run the SVE examples, directly and under tavok"
-	@echo "make test    build and run every test"
-	@echo "make bench   print the benchmark tables"
-	@echo "make format  reformat the sources"
-	@echo "make clean   remove the build trees"
+	@echo "make demo         build tavok and run the SVE examples, directly and under tavok"
+	@echo "make test         build and run every test"
+	@echo "make test-kernel  run the tests on Debian's kernel in a simulated machine"
+	@echo "make bench        print the benchmark tables"
+	@echo "make format       reformat the sources"
+	@echo "make clean        remove the build trees"
 
 # The demo needs no package of the tests. The next configuration by a preset has them again. It makes
 # all that `cmake --install` takes.
@@ -36,6 +41,21 @@ test:
 	  cmake --build --preset $$preset -j$(JOBS); \
 	  ctest --preset $$preset -j$(JOBS); \
 	done
+
+# One after the other, and the status tells of all.
+test-kernel:
+	@tools/install-packages test-kernel
+	@cmake --preset $(PRODUCT_PRESET) >/dev/null
+	@cmake --build --preset $(PRODUCT_PRESET) -j$(JOBS)
+	@status=0; for cpu in $(KERNEL_CPUS); do \
+	  echo "== $(PRODUCT_PRESET) on Debian's kernel, $$cpu"; \
+	  tests/kernel/run build/$(PRODUCT_PRESET) $$cpu $(KERNEL_TESTS) || status=1; \
+	done; exit $$status
+
+# What needs no kernel is left out.
+test-kernel-quick:
+	@$(MAKE) test-kernel KERNEL_CPUS=$(firstword $(KERNEL_CPUS)) \
+	  KERNEL_TESTS="runtime -E '(ir|passes|elf)_test'"
 
 bench:
 	@tools/install-packages bench

@@ -9,7 +9,8 @@ import time
 
 SCRIPT = os.path.join(os.path.dirname(os.path.abspath(__file__)), "..", "..", "tools", "gdb",
                       "tavok-gdb.py")
-PATIENCE = 240  # seconds until a session that hangs is ended
+# Seconds until a session that hangs is ended.
+PATIENCE = int(os.environ.get("TAVOK_TEST_PATIENCE", "240"))
 
 
 def split_host(arguments):
