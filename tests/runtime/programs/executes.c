@@ -196,6 +196,7 @@ static int all_ways(void) {
               {"blocked", with_blocked},   {"little", in_little_memory},
               {"filtered", with_filter},   {"root", in_chroot}};
   char folder[] = "/tmp/executes.XXXXXX";
+  closefrom(3);  // what the test's own surroundings left open
   int failures = mkdtemp(folder) == NULL || chdir(folder) != 0;
   for (size_t i = 0; i < sizeof ways / sizeof *ways; ++i) {
     setenv("WAY", ways[i].name, 1);
