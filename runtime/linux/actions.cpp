@@ -20,6 +20,9 @@ namespace {
 constexpr uint64_t kDefault = 0, kIgnore = 1;
 // Of the application's flags, those that the kernel must know.
 constexpr uint64_t kKernelFlags = SA_RESTART | SA_NOCLDSTOP | SA_NOCLDWAIT;
+// What a program finds of those that it gave: it can ask which ones are known.
+constexpr uint64_t kKnownFlags = SA_NOCLDSTOP | SA_NOCLDWAIT | SA_SIGINFO | SA_ONSTACK |
+                                 SA_RESTART | SA_NODEFER | SA_RESETHAND | kExposeTag | kRestorer;
 
 int64_t kernel_action(int signal, const SignalAction* action, SignalAction* old) {
   const long result = syscall(SYS_rt_sigaction, signal, action, old, sizeof(uint64_t));
@@ -85,7 +88,8 @@ bool application_handles(const Thread& thread, int signal) {
 void set_runtime_action(int signal, bool ignore) {
   SignalAction action = {kIgnore, 0, 0, 0};
   if (!ignore) {
-    action = {reinterpret_cast<uint64_t>(&handle_signal), SA_SIGINFO | SA_ONSTACK, 0, kAllSignals};
+    action = {reinterpret_cast<uint64_t>(&handle_signal), SA_SIGINFO | SA_ONSTACK | kExposeTag, 0,
+              kAllSignals};
   }
   kernel_action(signal, &action, nullptr);
 }
@@ -127,6 +131,7 @@ int64_t sys_rt_sigaction(Thread& thread, const Call& call) {
     previous = table.actions[signal];
     if (wanted != nullptr) {
       action.mask &= ~kUnblockable;
+      action.flags &= kKnownFlags;
       const int64_t result = is_kept_by_runtime(signal) ? 0 : give_to_kernel(signal, action);
       if (result != 0) {
         return result;

@@ -131,17 +131,18 @@ void deliver_pending(Thread& thread) {
   }
 }
 
-void raise_fault(Thread& thread, int signal, int code, uint64_t address) {
+void raise_fault(Thread& thread, int signal, int code, uint64_t address, uint64_t syndrome) {
   siginfo_t info = {};
   info.si_signo = signal;
   info.si_code = code;
   info.si_addr = reinterpret_cast<void*>(address);
-  raise_fault(thread, info);
+  raise_fault(thread, info, syndrome);
 }
 
-void raise_fault(Thread& thread, siginfo_t& info) {
+void raise_fault(Thread& thread, siginfo_t& info, uint64_t syndrome) {
   const int signal = info.si_signo;
-  thread.signals.fault_syndrome = 0;
+  thread.signals.fault_syndrome = syndrome;
+  thread.signals.fault_tag = 0;
   if (application_handles(thread, signal)) {
     push_frame(thread, take_action(thread, signal), info);
     apply_mask(thread);

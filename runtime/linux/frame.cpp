@@ -41,7 +41,6 @@ bool on_alternate_stack(const Thread& thread) {
 namespace {
 
 constexpr uint64_t kStackAlignment = 16;
-constexpr uint64_t kSaRestorer = 0x04000000;
 constexpr uint32_t kThreadMemoryMagic = 0x54564b4d;
 
 struct Frame {
@@ -49,6 +48,8 @@ struct Frame {
   ucontext_t context;
 };
 static_assert(sizeof(Frame) + 2 * kStackAlignment <= kSignalFrameSize);
+
+bool is_fault(const siginfo_t& info) { return info.si_signo == SIGSEGV || info.si_signo == SIGBUS; }
 
 uint64_t align_down(uint64_t address) { return address & ~(kStackAlignment - 1); }
 
@@ -116,10 +117,14 @@ bool load_sve_record(Thread& thread, const mcontext_t& machine) {
   return true;
 }
 
-void fill_frame(Thread& thread, const siginfo_t& info, Frame& frame) {
+void fill_frame(Thread& thread, const SignalAction& action, const siginfo_t& info, Frame& frame) {
   const ThreadSignals& signals = thread.signals;
   std::memset(static_cast<void*>(&frame), 0, sizeof frame);
   frame.info = info;
+  if (is_fault(info) && (action.flags & kExposeTag) != 0) {
+    frame.info.si_addr =
+        reinterpret_cast<void*>(reinterpret_cast<uint64_t>(info.si_addr) | signals.fault_tag);
+  }
   frame.context.uc_stack = signals.alternate;
   if (on_alternate_stack(thread)) {
     frame.context.uc_stack.ss_flags = SS_ONSTACK;
@@ -128,7 +133,7 @@ void fill_frame(Thread& thread, const siginfo_t& info, Frame& frame) {
   mcontext_t& machine = frame.context.uc_mcontext;
   store_registers(thread.context, machine);
   size_t used = sizeof(fpsimd_context);
-  if (info.si_signo == SIGSEGV || info.si_signo == SIGBUS) {
+  if (is_fault(info)) {
     machine.fault_address = reinterpret_cast<uint64_t>(info.si_addr);
     if (signals.fault_syndrome != 0) {
       auto* to = add_record(machine, used, ESR_MAGIC, sizeof signals.fault_syndrome);
@@ -186,7 +191,7 @@ void push_frame(Thread& thread, const SignalAction& action, const siginfo_t& inf
   const uint64_t record_words[] = {context.x[29], context.x[30]};
   const uint64_t frame_at = align_down(record - sizeof(Frame));
   Frame frame;
-  fill_frame(thread, info, frame);
+  fill_frame(thread, action, info, frame);
   if (!write(record, record_words, sizeof record_words) || !write(frame_at, &frame, sizeof frame)) {
     if (info.si_signo == SIGSEGV || !application_handles(thread, SIGSEGV)) {
       force_segv();
@@ -201,7 +206,7 @@ void push_frame(Thread& thread, const SignalAction& action, const siginfo_t& inf
     context.x[2] = frame_at + offsetof(Frame, context);
   }
   context.x[29] = record;
-  context.x[30] = (action.flags & kSaRestorer) != 0 ? action.restorer : sigreturn_page();
+  context.x[30] = (action.flags & kRestorer) != 0 ? action.restorer : sigreturn_page();
   context.sp = frame_at;
   context.pc = action.handler;
 }
@@ -219,6 +224,7 @@ int64_t sys_rt_sigreturn(Thread& thread, const Call&) {
   }
   const mcontext_t& machine = frame.context.uc_mcontext;
   load_registers(context, machine);
+  write_modes(machine);
   const RecordHead* record = find_record(machine, kThreadMemoryMagic);
   const size_t memory = core::thread_memory_size(context);
   if (record != nullptr && record->size >= sizeof(RecordHead) + memory) {

@@ -26,12 +26,14 @@
 #include <mutex>
 
 #include "runtime/core/cache.h"
+#include "runtime/core/dispatch.h"
 #include "runtime/core/entry.h"
 #include "runtime/core/fatal.h"
 #include "runtime/linux/illegal.h"
 #include "runtime/linux/machine_context.h"
 #include "runtime/linux/position.h"
 #include "runtime/linux/signals.h"
+#include "runtime/linux/stack.h"
 
 extern "C" const char os_call_check[], os_call_svc[], os_call_bail[];
 
@@ -127,6 +129,19 @@ void record_signal(Thread& thread, int signal, const siginfo_t& info, ucontext_t
 
 // ---- synchronous faults -------------------------------------------------------------------------
 
+// What guards the application's stack is memory of the runtime's: natively there is none.
+void tell_of_overflow(ThreadSignals& signals) {
+  constexpr uint64_t kStatus = 0x3f, kPermission = 0xf, kTranslation = 0x7;  // at the last level
+  const StackLayout& stack = stack_layout();
+  const auto address = reinterpret_cast<uint64_t>(signals.fault.si_addr);
+  if (signals.fault.si_code == SEGV_ACCERR && address < stack.begin && address >= stack.guard) {
+    signals.fault.si_code = SEGV_MAPERR;
+    if ((signals.fault_syndrome & kStatus) == kPermission) {
+      signals.fault_syndrome ^= kPermission ^ kTranslation;
+    }
+  }
+}
+
 void record_fault(Thread& thread, const siginfo_t& info, const mcontext_t& machine) {
   thread.signals.fault = info;
   thread.signals.fault_syndrome = 0;
@@ -134,6 +149,7 @@ void record_fault(Thread& thread, const siginfo_t& info, const mcontext_t& machi
   if (record != nullptr && record->size >= sizeof(esr_context)) {
     thread.signals.fault_syndrome = reinterpret_cast<const esr_context*>(record)->esr;
   }
+  tell_of_overflow(thread.signals);
   core::add_pending(thread.context, kFaultPending);
 }
 
@@ -232,6 +248,11 @@ void handle_signal(int signal, siginfo_t* info, void* context) {
   const int saved_errno = errno;
   Thread* thread = current_thread();
   const bool synchronous = is_synchronous(signal, *info);
+  if (synchronous && thread != nullptr) {
+    const auto address = reinterpret_cast<uint64_t>(info->si_addr);
+    info->si_addr = reinterpret_cast<void*>(core::without_tag(address));
+    thread->signals.fault_tag = address ^ core::without_tag(address);
+  }
   if (synchronous && is_between(machine.pc, core_copy_begin, core_copy_end)) {
     machine.pc = address_of(core_copy_fault);
   } else if (thread == nullptr) {

@@ -11,6 +11,8 @@ namespace os {
 // FPSIMD record (there is no change to them if it has none).
 void load_registers(core::Context& context, const mcontext_t& machine);
 void store_registers(const core::Context& context, mcontext_t& machine);
+// Puts what a signal context tells of the processor's modes in force.
+void write_modes(const mcontext_t& machine);
 
 // A record of the area behind the registers: the first with this magic, null if there is none.
 struct RecordHead {

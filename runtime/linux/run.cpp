@@ -1,7 +1,12 @@
 // The application's life: what to do whenever it leaves the code cache.
+#include <sys/mman.h>
+
+#include <cerrno>
+
 #include "runtime/core/dispatch.h"
 #include "runtime/core/entry.h"
 #include "runtime/core/identification.h"
+#include "runtime/linux/pages.h"
 #include "runtime/linux/process.h"
 #include "runtime/linux/signals.h"
 #include "runtime/linux/syscalls.h"
@@ -9,16 +14,24 @@
 namespace os {
 namespace {
 
+// Also memory that nobody may access.
+bool is_mapped(uint64_t address) {
+  return msync(reinterpret_cast<void*>(page_floor(address)), 1, MS_ASYNC) == 0 || errno != ENOMEM;
+}
+
 // A jump to where no code is: the fault that the processor would have raised.
 void raise_fetch_fault(Thread& thread) {
+  // ESR: classes and fault status, the latter as for memory that has a table of pages.
+  constexpr uint64_t kAlignment = 0x8a000000, kFetch = 0x82000000;
+  constexpr uint64_t kTranslation = 0x7, kPermission = 0xf;
   const uint64_t pc = thread.context.pc;
   if (pc % 4 != 0) {
-    raise_fault(thread, SIGBUS, BUS_ADRALN, pc);
-    return;
+    raise_fault(thread, SIGBUS, BUS_ADRALN, pc, kAlignment);
+  } else if (is_mapped(pc)) {
+    raise_fault(thread, SIGSEGV, SEGV_ACCERR, pc, kFetch | kPermission);
+  } else {
+    raise_fault(thread, SIGSEGV, SEGV_MAPERR, pc, kFetch | kTranslation);
   }
-  char probe;
-  const bool mapped = core_copy(&probe, reinterpret_cast<const void*>(pc), 1) == 0;
-  raise_fault(thread, SIGSEGV, mapped ? SEGV_ACCERR : SEGV_MAPERR, pc);
 }
 
 // The IC IVAU in front of the PC says that a line of code was written.

@@ -70,7 +70,7 @@ int64_t trap(Thread& thread, const Call& call, uint32_t data) {
   info.si_call_addr = reinterpret_cast<void*>(thread.context.pc);
   info.si_syscall = static_cast<int>(call.number);
   info.si_arch = AUDIT_ARCH_AARCH64;
-  raise_fault(thread, info);
+  raise_fault(thread, info, 0);
   return kNoResult;
 }
 

@@ -42,6 +42,9 @@ struct SignalAction {
 
 inline constexpr int kSignals = 64;
 
+// Flags of actions that not every header has.
+inline constexpr uint64_t kExposeTag = 0x800, kRestorer = 0x04000000;
+
 struct ActionTable {
   core::Lock mutex;
   SignalAction actions[kSignals + 1];
@@ -95,8 +98,8 @@ ClientAnswer ask_client(int signal, siginfo_t* info, void* context, bool applica
 // the handler.
 void deliver_pending(Thread& thread);
 // A fault that the runtime found itself, at context.pc.
-void raise_fault(Thread& thread, int signal, int code, uint64_t address);
-void raise_fault(Thread& thread, siginfo_t& info);
+void raise_fault(Thread& thread, int signal, int code, uint64_t address, uint64_t syndrome = 0);
+void raise_fault(Thread& thread, siginfo_t& info, uint64_t syndrome);
 // Whether a fault reaches a handler of the application.
 bool application_handles(const Thread& thread, int signal);
 

@@ -21,6 +21,7 @@ namespace {
 constexpr uint64_t kSmallestStack = 8U << 20;
 constexpr uint64_t kLargestStack = 1U << 30;
 constexpr uint64_t kLeastStack = 256U << 10;
+constexpr uint64_t kGuard = 1U << 20;  // as much as the kernel keeps free below its stacks
 constexpr size_t kRandomBytes = 16;
 
 // As large as the limit allows the kernel's own stack to grow, within reason.
@@ -38,16 +39,17 @@ uint64_t map_stack(bool executable) {
   uint64_t size = stack_size();
   void* stack;
   // The kernel's own stack takes memory as it grows: where there is little, less has to do.
-  while ((stack = mmap(nullptr, size + page_size(), PROT_READ | PROT_WRITE,
+  while ((stack = mmap(nullptr, size + kGuard, PROT_READ | PROT_WRITE,
                        MAP_PRIVATE | MAP_ANONYMOUS | MAP_NORESERVE | MAP_STACK, -1, 0)) ==
              MAP_FAILED &&
          size > kLeastStack) {
     size = page_ceiling(size / 2);
   }
-  if (stack == MAP_FAILED || mprotect(stack, page_size(), PROT_NONE) != 0) {
+  if (stack == MAP_FAILED || mprotect(stack, kGuard, PROT_NONE) != 0) {
     return 0;
   }
-  const uint64_t begin = reinterpret_cast<uint64_t>(stack) + page_size();
+  const uint64_t begin = reinterpret_cast<uint64_t>(stack) + kGuard;
+  layout.guard = begin - kGuard;
   layout.begin = begin;
   layout.end = begin + size;
   note_application_memory(begin, begin + size);

@@ -18,13 +18,13 @@ struct StackContents {
 
 // Where things lie on the stack that was built; `auxiliary` is a copy of the vector.
 struct StackLayout {
-  uint64_t begin, end;                               // of the stack
+  uint64_t guard, begin, end;                        // of the stack, and what guards it
   uint64_t arguments, environment, environment_end;  // the strings, one list behind the other
   std::string auxiliary;
 };
 const StackLayout& stack_layout();
 
-// Maps a stack with a guard page below it and writes the arguments, the environment and the
+// Maps a stack with a guard below it and writes the arguments, the environment and the
 // auxiliary vector as Linux does. Returns SP, 0 if there is no memory.
 uint64_t build_stack(const StackContents& contents);
 

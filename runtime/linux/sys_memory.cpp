@@ -1,12 +1,16 @@
 // Memory: the emulated break, and the tables that follow the application's mappings.
+#include <sys/ipc.h>
 #include <sys/mman.h>
+#include <sys/shm.h>
 #include <sys/syscall.h>
 
 #include <algorithm>
 #include <mutex>
+#include <vector>
 
 #include "runtime/core/code_map.h"
 #include "runtime/core/lock.h"
+#include "runtime/core/ranges.h"
 #include "runtime/linux/mappings.h"
 #include "runtime/linux/modules.h"
 #include "runtime/linux/pages.h"
@@ -72,6 +76,9 @@ bool set_break(Thread& thread, uint64_t wanted) {
   note_application_memory(old_end, new_end);
   return true;
 }
+
+// Shared memory is given back by its address alone.
+std::vector<core::Range> attached;
 
 }  // namespace
 
@@ -144,6 +151,56 @@ int64_t sys_mremap(Thread& thread, const Call& call) {
     const uint64_t kept = new_begin == old_begin ? std::min(old_bytes, bytes) : 0;
     note_change(thread, old_begin + kept, old_bytes - kept, false);
     note_change(thread, new_begin + kept, bytes - kept, executable);
+  }
+  return result;
+}
+
+int64_t sys_shmat(Thread& thread, const Call& call) {
+  const std::lock_guard lock(mappings_mutex);
+  const bool executable = (call.arguments[2] & SHM_EXEC) != 0;
+  Call changed = call;
+  changed.arguments[2] &= ~uint64_t{SHM_EXEC};
+  const int64_t result = pass_on(thread, changed);
+  shmid_ds status;
+  if (!failed(result) && result != kNotMade &&
+      shmctl(static_cast<int>(call.arguments[0]), IPC_STAT, &status) == 0) {
+    const auto begin = static_cast<uint64_t>(result);
+    const uint64_t end = begin + page_ceiling(status.shm_segsz);
+    note_application_memory(begin, end);
+    note_change(thread, begin, end - begin, executable);
+    attached.push_back({begin, end});
+  }
+  return result;
+}
+
+int64_t sys_shmdt(Thread& thread, const Call& call) {
+  const std::lock_guard lock(mappings_mutex);
+  const int64_t result = pass_on(thread, call);
+  const auto found = std::ranges::find(attached, call.arguments[0], &core::Range::begin);
+  if (result == 0 && found != attached.end()) {
+    forget_application_memory(found->begin, found->end);
+    note_change(thread, found->begin, found->end - found->begin, false);
+    attached.erase(found);
+  }
+  return result;
+}
+
+// Advice that throws the contents away.
+int64_t sys_madvise(Thread& thread, const Call& call) {
+  constexpr uint64_t kDontNeedLocked = 24;
+  const int64_t result = pass_on(thread, call);
+  const uint64_t begin = call.arguments[0], end = begin + page_ceiling(call.arguments[1]);
+  switch (call.arguments[2]) {
+  case MADV_DONTNEED:
+  case MADV_REMOVE:
+  case kDontNeedLocked:
+    code_written(thread, begin, end);
+    break;
+  case MADV_FREE:
+    mapping_changed(thread, begin, end);
+    break;
+  default:
+    break;
   }
   return result;
 }

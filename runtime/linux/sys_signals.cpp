@@ -120,6 +120,52 @@ int64_t sys_wait_with_mask(Thread& thread, const Call& call) {
   return result;
 }
 
+// The kernel does not know of a SIGSEGV or SIGBUS that waits because the application blocks it.
+int64_t sys_rt_sigpending(Thread& thread, const Call& call) {
+  const int64_t result = pass_on(thread, call);
+  const ThreadSignals& signals = thread.signals;
+  uint64_t set;
+  auto* to = reinterpret_cast<void*>(call.arguments[0]);
+  if (result == 0 && signals.has_held && core_copy(&set, to, sizeof set) == 0) {
+    set |= signal_bit(signals.held.si_signo);
+    core_copy(to, &set, sizeof set);
+  }
+  return result;
+}
+
+namespace {
+
+// Whether what is held is one of the signals that a call waits for, and the call ends with it.
+bool takes_held(Thread& thread, const Call& call, int64_t& result) {
+  ThreadSignals& signals = thread.signals;
+  uint64_t set = 0;
+  core_copy(&set, memory_at(call.arguments[0]), sizeof set);
+  if (!signals.has_held || (set & signal_bit(signals.held.si_signo)) == 0) {
+    return false;
+  }
+  auto* to = reinterpret_cast<void*>(call.arguments[1]);
+  result = signals.held.si_signo;
+  signals.has_held = false;
+  if (to != nullptr && core_copy(to, &signals.held, sizeof signals.held) != 0) {
+    result = -EFAULT;
+  }
+  return true;
+}
+
+}  // namespace
+
+// One that comes meanwhile interrupts the call.
+int64_t sys_rt_sigtimedwait(Thread& thread, const Call& call) {
+  int64_t result;
+  if (!takes_held(thread, call, result)) {
+    result = pass_on(thread, call);
+    if (result == -EINTR) {
+      takes_held(thread, call, result);
+    }
+  }
+  return result;
+}
+
 int64_t sys_sigaltstack(Thread& thread, const Call& call) {
   const uint64_t wanted = call.arguments[0];
   auto* old = reinterpret_cast<void*>(call.arguments[1]);

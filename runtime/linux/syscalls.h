@@ -30,6 +30,9 @@ int64_t sys_brk(Thread& thread, const Call& call);
 int64_t sys_mmap(Thread& thread, const Call& call);
 int64_t sys_munmap(Thread& thread, const Call& call);
 int64_t sys_mremap(Thread& thread, const Call& call);
+int64_t sys_shmat(Thread& thread, const Call& call);
+int64_t sys_shmdt(Thread& thread, const Call& call);
+int64_t sys_madvise(Thread& thread, const Call& call);
 int64_t sys_mprotect(Thread& thread, const Call& call);
 
 int64_t sys_readlinkat(Thread& thread, const Call& call);
@@ -52,6 +55,8 @@ int64_t sys_change_root(Thread& thread, const Call& call);
 
 int64_t sys_rt_sigaction(Thread& thread, const Call& call);
 int64_t sys_rt_sigprocmask(Thread& thread, const Call& call);
+int64_t sys_rt_sigpending(Thread& thread, const Call& call);
+int64_t sys_rt_sigtimedwait(Thread& thread, const Call& call);
 int64_t sys_rt_sigreturn(Thread& thread, const Call& call);
 int64_t sys_sigaltstack(Thread& thread, const Call& call);
 // A call that replaces the mask while it waits.

@@ -30,6 +30,7 @@ struct ThreadSignals {
   unsigned waiting_count;
   siginfo_t fault;
   uint64_t fault_syndrome;  // the kernel's ESR for `fault`, 0 if it told none
+  uint64_t fault_tag;       // the uppermost byte of its address, which most handlers do not see
   siginfo_t held;           // a SIGSEGV or SIGBUS that was sent while the application blocks it
   bool has_held;
   void* handler_stack;  // the runtime's own alternate stack
