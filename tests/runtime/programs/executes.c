@@ -195,6 +195,7 @@ static int all_ways(void) {
               {"wordless", without_words}, {"place", by_place},
               {"blocked", with_blocked},   {"little", in_little_memory},
               {"filtered", with_filter},   {"root", in_chroot}};
+  static const char* const left[] = {"program", "symbolic", "root/program"};
   char folder[] = "/tmp/executes.XXXXXX";
   closefrom(3);  // what the test's own surroundings left open
   int failures = mkdtemp(folder) == NULL || chdir(folder) != 0;
@@ -212,6 +213,12 @@ static int all_ways(void) {
       ++failures;
     }
   }
+  for (size_t i = 0; i < sizeof left / sizeof *left; ++i) {
+    unlink(left[i]);
+  }
+  rmdir("root/dev");
+  rmdir("root");
+  rmdir(folder);
   printf("ways: %d failures\n", failures);
   return failures;
 }
