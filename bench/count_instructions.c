@@ -3,9 +3,10 @@
 //   qemu-aarch64 -plugin libcount_instructions.so,out=<file>[,scalable=on] <program>
 //
 // With scalable=on only those of SVE and SME are counted, and only outside the program's own code:
-// what tavok executes for its application on a processor that has them. At the program's end the number stands in the file, or on standard error if none is given. A
-// translated block counts in full when it is entered, so a fault in its middle counts it whole.
-// Threads share the counter without a lock: counts are exact for programs of one thread.
+// what tavok executes for its application on a processor that has them. At the program's end the
+// number stands in the file, or on standard error if none is given. A translated block counts in
+// full when it is entered, so a fault in its middle counts it whole. Threads share the counter
+// without a lock: counts are exact for programs of one thread.
 #include <fcntl.h>
 #include <inttypes.h>
 #include <stdint.h>
