@@ -3,7 +3,7 @@
 
 #include <vector>
 
-#include "sve/client/dispatch.h"
+#include "sve/decode/dispatch.h"
 
 namespace {
 

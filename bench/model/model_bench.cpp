@@ -8,7 +8,7 @@
 #include <stdexcept>
 #include <string_view>
 
-#include "sve/client/dispatch.h"
+#include "sve/decode/dispatch.h"
 
 namespace {
 

@@ -3,7 +3,7 @@
 #pragma once
 
 #include "dr_api.h"
-#include "sve/client/cpu_state.h"
+#include "sve/state/cpu_state.h"
 
 // Where code is inserted, and for whom.
 struct insertion_point {

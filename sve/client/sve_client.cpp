@@ -7,13 +7,13 @@
 #include "drmgr.h"
 #include "droption.h"
 #include "drreg.h"
-#include "sve/client/cpu_state.h"
-#include "sve/client/dispatch.h"
-#include "sve/client/exports.h"
 #include "sve/client/inserted_code.h"
-#include "sve/client/statistics.h"
-#include "sve/client/switches.h"
 #include "sve/client/thread_records.h"
+#include "sve/decode/dispatch.h"
+#include "sve/state/cpu_state.h"
+#include "sve/state/exports.h"
+#include "sve/state/switches.h"
+#include "sve/stats/statistics.h"
 
 extern "C" {
 // The version of the runtime's interface that the client is built for; a runtime may refuse others.

@@ -1,7 +1,8 @@
-// What the library's static initialiser sets up beside the decoder maps.
+// What has to exist before the first instruction is emulated.
 #pragma once
 
-#include <cstdint>
+// 0 until SVEInitialize has run, then 1.
+extern int SVELibInitialized;
 
-// The host's page size in bytes, a power of two.
-extern uint32_t page_size;
+// Installs the handler of memory faults and sets the configured vector length, once. Returns 1.
+int SVEInitialize();

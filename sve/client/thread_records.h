@@ -4,7 +4,7 @@
 
 #include <cstddef>
 
-#include "sve/client/cpu_state.h"
+#include "sve/state/cpu_state.h"
 
 // tools/gdb reads entries by these places.
 struct sve_thread {

@@ -1,6 +1,6 @@
 // What a word of the SVE encoding space is that has no row: for the message in front of a death.
-#include "sve/client/dispatch.h"
-#include "sve/client/switches.h"
+#include "sve/decode/dispatch.h"
+#include "sve/state/switches.h"
 
 namespace {
 

@@ -8,9 +8,9 @@
 #include <utility>
 
 #include "host/application_memory.h"
-#include "sve/client/switches.h"
+#include "sve/fast/operands.h"
 #include "sve/fast/predicate_flags.h"
-#include "sve/fast/vector.h"
+#include "sve/state/switches.h"
 
 namespace fast {
 

@@ -5,10 +5,10 @@
 
 #include <algorithm>
 
-#include "sve/client/sve_signals.h"
-#include "sve/client/sve_utils.h"
-#include "sve/client/switches.h"
 #include "sve/fast/contiguous.h"
+#include "sve/state/guarded_reads.h"
+#include "sve/state/page_size.h"
+#include "sve/state/switches.h"
 
 namespace fast {
 

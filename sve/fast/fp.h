@@ -4,7 +4,7 @@
 #pragma once
 
 #include "host/fp_unit.h"
-#include "sve/fast/vector.h"
+#include "sve/fast/operands.h"
 
 namespace fast {
 

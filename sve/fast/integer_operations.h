@@ -5,7 +5,7 @@
 #include <limits>
 #include <utility>
 
-#include "sve/fast/vector.h"
+#include "sve/fast/operands.h"
 
 namespace fast {
 

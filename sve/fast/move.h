@@ -3,7 +3,7 @@
 
 #include <bit>
 
-#include "sve/fast/vector.h"
+#include "sve/fast/operands.h"
 
 namespace fast {
 

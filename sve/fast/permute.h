@@ -4,7 +4,7 @@
 
 #include <utility>
 
-#include "sve/fast/vector.h"
+#include "sve/fast/operands.h"
 
 namespace fast {
 

@@ -4,7 +4,7 @@
 #include <cstdint>
 #include <cstring>
 
-#include "sve/client/exports.h"
+#include "sve/state/exports.h"
 
 // The longest vector length, in 64-bit units. Lengths are even and at least 2.
 inline constexpr uint32_t longest_vl = 32;

@@ -28,7 +28,7 @@ struct PredV {
 };
 
 // The low bit of each byte.
-inline constexpr uint64_t predicate_bits = 0x0101010101010101;
+inline constexpr uint64_t predicate_bit_of_bytes = 0x0101010101010101;
 
 // The first-fault register where it stands in the record.
 struct FirstFaultRegister {
@@ -37,7 +37,7 @@ struct FirstFaultRegister {
   operator PredV() const {
     PredV value;
     memcpy(&value, slot, sizeof value);
-    return {value.words & predicate_bits};
+    return {value.words & predicate_bit_of_bytes};
   }
   void operator=(const PredV& value) { memcpy(slot, &value, sizeof value); }
 };
@@ -87,7 +87,7 @@ inline void write_slot(uint8_t* slot, const VecV& vector) { memcpy(slot, &vector
 
 inline void read_slot(const uint8_t* slot, PredV& predicate) {
   memcpy(&predicate, slot, sizeof predicate);
-  predicate.words &= predicate_bits;
+  predicate.words &= predicate_bit_of_bytes;
 }
 inline void write_slot(uint8_t* slot, const PredV& predicate) {
   memcpy(slot, &predicate, sizeof predicate);

@@ -5,9 +5,9 @@
 #include <type_traits>
 
 #include "host/application_memory.h"
-#include "sve/client/sve_signals.h"
-#include "sve/client/switches.h"
 #include "sve/model/context.h"
+#include "sve/state/guarded_reads.h"
+#include "sve/state/switches.h"
 
 namespace model {
 

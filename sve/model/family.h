@@ -3,7 +3,7 @@
 #pragma once
 
 #include "sve/model/context.h"
-#include "sve/model/each_type.h"
+#include "sve/state/each_type.h"
 
 // MODEL_FUNCTIONS(result, (operands), (types), operations...): declares all operations for all
 // types.

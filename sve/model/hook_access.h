@@ -1,8 +1,8 @@
 // Accesses to the application's memory through the hooks.
 #pragma once
 
-#include "sve/client/switches.h"
 #include "sve/model/memory.h"
+#include "sve/state/switches.h"
 
 namespace model {
 

@@ -2,7 +2,7 @@
 
 #include <cstring>
 
-#include "sve/client/sve_signals.h"
+#include "sve/state/guarded_reads.h"
 
 namespace {
 

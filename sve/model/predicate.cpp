@@ -6,7 +6,7 @@
 #ifdef MODEL_OF_BUILT_LENGTH
 #include <bit>
 
-#include "sve/fast/predicate_flags.h"
+#include "sve/lanes/predicate_bits.h"
 #endif
 
 namespace {
@@ -21,17 +21,17 @@ struct Summary {
 
 #ifdef MODEL_OF_BUILT_LENGTH
 
-using SlotBits = fast::predicate_bits;
+using SlotBits = lanes::predicate_bits;
 
 SlotBits element_bits(const PredV& predicate, int esize) {
-  constexpr SlotBits of_size[] = {fast::first_bits<uint8_t>, fast::first_bits<uint16_t>,
-                                  fast::first_bits<uint32_t>, fast::first_bits<uint64_t>};
-  return fast::load_bits(&predicate) & of_size[std::countr_zero(static_cast<unsigned>(esize) / 8)];
+  constexpr SlotBits of_size[] = {lanes::first_bits<uint8_t>, lanes::first_bits<uint16_t>,
+                                  lanes::first_bits<uint32_t>, lanes::first_bits<uint64_t>};
+  return lanes::load_bits(&predicate) & of_size[std::countr_zero(static_cast<unsigned>(esize) / 8)];
 }
 
 // The result's element bits, set where any bit of the group is.
 SlotBits group_bits(const PredV& predicate, int esize) {
-  SlotBits bits = fast::load_bits(&predicate);
+  SlotBits bits = lanes::load_bits(&predicate);
   for (int width = 8; width < esize; width *= 2)
     bits |= bits >> width;
   return bits;
@@ -40,8 +40,8 @@ SlotBits group_bits(const PredV& predicate, int esize) {
 Summary summary(const PredV& mask, const PredV& result, int esize, const CpuContext*) {
   const SlotBits active = element_bits(mask, esize);
   const SlotBits set = group_bits(result, esize) & active;
-  return {active != 0, (fast::lowest_bit(active) & fast::load_bits(&result)) != 0, set != 0,
-          fast::has_highest_bit(active, set)};
+  return {active != 0, (lanes::lowest_bit(active) & lanes::load_bits(&result)) != 0, set != 0,
+          lanes::has_highest_bit(active, set)};
 }
 
 unsigned zeros_below(SlotBits bits) {

@@ -6,10 +6,10 @@
 #include <thread>
 
 #include "dr_api.h"
-#include "sve/client/cpu_state.h"
-#include "sve/client/statistics.h"
-#include "sve/client/switches.h"
 #include "sve/client/thread_records.h"
+#include "sve/state/cpu_state.h"
+#include "sve/state/switches.h"
+#include "sve/stats/statistics.h"
 #include "tests/core/captured_stderr.h"
 #include "tests/core/fake_runtime.h"
 

@@ -1,5 +1,5 @@
 // The rows, the maps that they fill, and the cascades that find them.
-#include "sve/client/dispatch.h"
+#include "sve/decode/dispatch.h"
 
 #include <gtest/gtest.h>
 
@@ -12,7 +12,7 @@
 #include <vector>
 
 #include "host/fp_unit.h"
-#include "sve/client/switches.h"
+#include "sve/state/switches.h"
 #include "tests/runtime/ir_disassembler.h"
 
 namespace {

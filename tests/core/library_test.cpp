@@ -11,8 +11,8 @@
 #include <string>
 #include <vector>
 
-#include "sve/client/cpu_state.h"
 #include "sve/model/context.h"
+#include "sve/state/cpu_state.h"
 #include "tests/core/child_process.h"
 
 namespace {

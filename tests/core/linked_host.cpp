@@ -7,7 +7,7 @@
 #include <cstdio>
 #include <mutex>
 
-#include "sve/client/cpu_state.h"
+#include "sve/state/cpu_state.h"
 
 extern "C" {
 aarch64_decode_rc execute_sve_instruction(cpu_state* state);

@@ -1,5 +1,5 @@
 // Operand forms against encoders and decoders written from the definition, and the name tables.
-#include "sve/client/operands.h"
+#include "sve/state/operands.h"
 
 #include <gtest/gtest.h>
 
@@ -7,7 +7,7 @@
 #include <cmath>
 #include <string>
 
-#include "sve/client/operand_forms.h"
+#include "sve/decode/operand_forms.h"
 
 namespace {
 

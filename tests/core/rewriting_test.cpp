@@ -5,9 +5,9 @@
 #include <map>
 
 #include "dr_api.h"
-#include "sve/client/cpu_state.h"
-#include "sve/client/dispatch.h"
-#include "sve/client/statistics.h"
+#include "sve/decode/dispatch.h"
+#include "sve/state/cpu_state.h"
+#include "sve/stats/statistics.h"
 #include "tests/core/captured_stderr.h"
 #include "tests/core/fake_runtime.h"
 

@@ -1,5 +1,6 @@
 // Reads that may fail, and what happens to all other faults.
-#include "sve/client/sve_signals.h"
+#include "sve/client/sve_utils.h"
+#include "sve/state/guarded_reads.h"
 
 #include <gtest/gtest.h>
 #include <sys/mman.h>
@@ -10,7 +11,7 @@
 #include <cstring>
 #include <thread>
 
-#include "sve/client/switches.h"
+#include "sve/state/switches.h"
 #include "tests/core/child_process.h"
 
 namespace {

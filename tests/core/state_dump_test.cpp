@@ -1,5 +1,5 @@
 // What each query prints, to the letter.
-#include "sve/client/state_dump.h"
+#include "sve/dump/state_dump.h"
 
 #include <gtest/gtest.h>
 

@@ -1,5 +1,5 @@
 // Counts of emulated instructions.
-#include "sve/client/statistics.h"
+#include "sve/stats/statistics.h"
 
 #include <gtest/gtest.h>
 
@@ -8,7 +8,7 @@
 #include <thread>
 #include <vector>
 
-#include "sve/client/dispatch.h"
+#include "sve/decode/dispatch.h"
 #include "tests/core/child_process.h"
 
 namespace {

@@ -18,7 +18,7 @@
 #include <string_view>
 #include <vector>
 
-#include "sve/client/dispatch.h"
+#include "sve/decode/dispatch.h"
 
 namespace fixture {
 

@@ -11,7 +11,7 @@
 #include <vector>
 
 #include "host/fp_unit.h"
-#include "sve/client/dispatch.h"
+#include "sve/decode/dispatch.h"
 #include "sve/fp/fp.h"
 
 namespace {

@@ -8,7 +8,7 @@
 #include <csetjmp>
 #include <csignal>
 
-#include "sve/client/switches.h"
+#include "sve/state/switches.h"
 #include "tests/fast/fixture.h"
 
 namespace fixture {

@@ -12,7 +12,7 @@
 #include <string>
 #include <vector>
 
-#include "sve/client/cpu_state.h"
+#include "sve/state/cpu_state.h"
 
 // ptrue p0.s; add z0.s, z1.s, z2.s; add z1.s, z0.s, z0.s
 extern "C" unsigned int emulated_words[];

@@ -1,6 +1,7 @@
 // Edge cases of rows through the bridge.
-#include "sve/client/sve_signals.h"
+#include "sve/client/sve_utils.h"
 #include "sve/model/context.h"
+#include "sve/state/guarded_reads.h"
 #include "tests/model/lanes.h"
 
 namespace {

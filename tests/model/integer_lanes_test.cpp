@@ -1,8 +1,8 @@
 // Integer data processing of the reference model, lane by lane.
 #include <limits>
 
-#include "sve/model/each_type.h"
 #include "sve/model/integer.h"
+#include "sve/state/each_type.h"
 #include "tests/model/element.h"
 
 namespace {

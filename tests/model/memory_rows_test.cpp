@@ -14,7 +14,7 @@
 #include <new>
 #include <optional>
 
-#include "sve/client/sve_signals.h"
+#include "sve/state/guarded_reads.h"
 #include "tests/fast/memory_fixture.h"
 #include "tests/model/lanes.h"
 #include "tests/model/random_case.h"

@@ -5,7 +5,7 @@
 #include <span>
 #include <string_view>
 
-#include "sve/client/bridge.h"
+#include "sve/decode/bridge.h"
 
 // A twin has the name of its row.
 struct alignas(32) TwinRow {

@@ -129,7 +129,7 @@ static void read_forms(const char* path) {
   uint32_t value;
   char name[64];
   while (rows != NULL && form_count < most_forms &&
-         fscanf(rows, "%x %*x %63s %*s", &value, name) == 2)
+         fscanf(rows, "%x %*x %63s %*[^\n]", &value, name) == 2)
     if (parse(name, &forms[form_count])) {
       struct form* const to = &forms[form_count];
       const int index = strcmp(to->shape, "LSS") == 0 ? 2 : strchr(to->shape, 'V') != NULL;

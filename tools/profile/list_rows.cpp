@@ -1,8 +1,9 @@
-// list_rows <file>: writes the rows, one in a line: value, mask, name, tier. What a profile calls
-// an instruction comes from here, so that it is written in the tables of rows alone.
+// list_rows <file>: writes the rows, one in a line: value, mask, name of the stub, tier; then,
+// behind tabs, the assembly form, and the function with the operand forms. What a profile calls an
+// instruction comes from here, so that it is written in the tables of rows alone.
 #include <cstdio>
 
-#include "sve/client/dispatch.h"
+#include "sve/decode/dispatch.h"
 
 namespace {
 
@@ -27,6 +28,7 @@ int main(int argc, char** argv) {
   if (file == nullptr)
     return 1;
   for (const Row& row : all_rows())
-    std::fprintf(file, "0x%08x 0x%08x %s %s\n", row.value, row.mask, row.name, name_of(row.tier));
+    std::fprintf(file, "0x%08x 0x%08x %s %s\t%s\t%s\n", row.value, row.mask, row.name,
+                 name_of(row.tier), row.assembly(), row.operands());
   return std::fclose(file) == 0 ? 0 : 1;
 }

@@ -1,4 +1,0 @@
-#include "sve/client/switches.h"
-
-constinit bool sve_in_libraries = false;
-constinit bool sve_faults_as_hardware = false;

@@ -1,0 +1,42 @@
+// Floating-point arithmetic, predicated.
+#include "sve/decode/row.h"
+#include "sve/fast/fp_arithmetic.h"
+#include "sve/model/floating_point.h"
+
+// clang-format off
+ROW("FADD Zdn.T, Pg/M, Zdn.T, Zm5.T",                   AddVVM,     (F32, D64),      sized(0x65008000), HOST_FP, sve_fadd_zpz, Zdn, PgM, Zm5)
+ROW("FSUB Zdn.T, Pg/M, Zdn.T, Zm5.T",                   SubVVM,     (F32, D64),      sized(0x65018000), HOST_FP, sve_fsub_zpz, Zdn, PgM, Zm5)
+ROW("FMUL Zdn.T, Pg/M, Zdn.T, Zm5.T",                   MulVVM,     (F32, D64),      sized(0x65028000), HOST_FP, sve_fmul_zpz, Zdn, PgM, Zm5)
+ROW("FSUBR Zdn.T, Pg/M, Zdn.T, Zm5.T",                  SubRVVM,    (F32, D64),      sized(0x65038000), HOST_FP, sve_fsubr_zpz, Zdn, PgM, Zm5)
+ROW("FMAXNM Zdn.T, Pg/M, Zdn.T, Zm5.T",                 MaxNumVVM,  (F32, D64),      sized(0x65048000), HOST_FP, sve_fmaxnm_zpz, Zdn, PgM, Zm5)
+ROW("FMINNM Zdn.T, Pg/M, Zdn.T, Zm5.T",                 MinNumVVM,  (F32, D64),      sized(0x65058000), HOST_FP, sve_fminnm_zpz, Zdn, PgM, Zm5)
+ROW("FMAX Zdn.T, Pg/M, Zdn.T, Zm5.T",                   MaxVVM,     (F32, D64),      sized(0x65068000), HOST_FP, sve_fmax_zpz, Zdn, PgM, Zm5)
+ROW("FMIN Zdn.T, Pg/M, Zdn.T, Zm5.T",                   MinVVM,     (F16, F32, D64), sized(0x65078000), MODEL,   Zdn, OldZ, PgM, Zm5)
+ROW("FABD Zdn.T, Pg/M, Zdn.T, Zm5.T",                   AbdVVM,     (F16, F32, D64), sized(0x65088000), MODEL,   Zdn, OldZ, PgM, Zm5)
+ROW("FSCALE Zdn.T, Pg/M, Zdn.T, Zm5.T",                 ScaleVVM,   (F16, F32, D64), sized(0x65098000), MODEL,   Zdn, OldZ, PgM, Zm5)
+ROW("FMULX Zdn.T, Pg/M, Zdn.T, Zm5.T",                  MulXVVM,    (F16, F32, D64), sized(0x650a8000), MODEL,   Zdn, OldZ, PgM, Zm5)
+ROW("FDIVR Zdn.T, Pg/M, Zdn.T, Zm5.T",                  DivRVVM,    (F32, D64),      sized(0x650c8000), HOST_FP, sve_fdivr_zpz, Zdn, PgM, Zm5)
+ROW("FDIV Zdn.T, Pg/M, Zdn.T, Zm5.T",                   DivVVM,     (F32, D64),      sized(0x650d8000), HOST_FP, sve_fdiv_zpz, Zdn, PgM, Zm5)
+ROW("FTMAD Zdn.T, Zdn.T, Zm5.T, #UImm3At16",            TRIMADDVVI, (F16, F32, D64), sized(0x65108000), MODEL,   Zdn, OldZ, Zm5, UImm3At16)
+ROW("FADD Zdn.T, Pg/M, Zdn.T, #FPConstant(0.5, 1.0)",   AddVIM,     (F32, D64),      sized(0x65188000), HOST_FP, sve_fadd_zpi, Zdn, PgM, FPConstant)
+ROW("FSUB Zdn.T, Pg/M, Zdn.T, #FPConstant(0.5, 1.0)",   SubVIM,     (F32, D64),      sized(0x65198000), HOST_FP, sve_fsub_zpi, Zdn, PgM, FPConstant)
+ROW("FMUL Zdn.T, Pg/M, Zdn.T, #FPConstant(0.5, 2.0)",   MulVIM,     (F32, D64),      sized(0x651a8000), HOST_FP, sve_fmul_zpi, Zdn, PgM, FPConstant)
+ROW("FSUBR Zdn.T, Pg/M, Zdn.T, #FPConstant(0.5, 1.0)",  SubRVIM,    (F32, D64),      sized(0x651b8000), HOST_FP, sve_fsubr_zpi, Zdn, PgM, FPConstant)
+ROW("FMAXNM Zdn.T, Pg/M, Zdn.T, #FPConstant(0.0, 1.0)", MaxNumVIM,  (F16, F32, D64), sized(0x651c8000), MODEL,   Zdn, OldZ, PgM, FPConstant)
+ROW("FMINNM Zdn.T, Pg/M, Zdn.T, #FPConstant(0.0, 1.0)", MinNumVIM,  (F16, F32, D64), sized(0x651d8000), MODEL,   Zdn, OldZ, PgM, FPConstant)
+ROW("FMAX Zdn.T, Pg/M, Zdn.T, #FPConstant(0.0, 1.0)",   MaxVIM,     (F16, F32, D64), sized(0x651e8000), MODEL,   Zdn, OldZ, PgM, FPConstant)
+ROW("FMIN Zdn.T, Pg/M, Zdn.T, #FPConstant(0.0, 1.0)",   MinVIM,     (F16, F32, D64), sized(0x651f8000), MODEL,   Zdn, OldZ, PgM, FPConstant)
+ROW("FADD Zdn.H, Pg/M, Zdn.H, Zm5.H",                   AddVVM,     (F16),           0x65408000,        MODEL,   Zdn, OldZ, PgM, Zm5)
+ROW("FSUB Zdn.H, Pg/M, Zdn.H, Zm5.H",                   SubVVM,     (F16),           0x65418000,        MODEL,   Zdn, OldZ, PgM, Zm5)
+ROW("FMUL Zdn.H, Pg/M, Zdn.H, Zm5.H",                   MulVVM,     (F16),           0x65428000,        MODEL,   Zdn, OldZ, PgM, Zm5)
+ROW("FSUBR Zdn.H, Pg/M, Zdn.H, Zm5.H",                  SubRVVM,    (F16),           0x65438000,        MODEL,   Zdn, OldZ, PgM, Zm5)
+ROW("FMAXNM Zdn.H, Pg/M, Zdn.H, Zm5.H",                 MaxNumVVM,  (F16),           0x65448000,        MODEL,   Zdn, OldZ, PgM, Zm5)
+ROW("FMINNM Zdn.H, Pg/M, Zdn.H, Zm5.H",                 MinNumVVM,  (F16),           0x65458000,        MODEL,   Zdn, OldZ, PgM, Zm5)
+ROW("FMAX Zdn.H, Pg/M, Zdn.H, Zm5.H",                   MaxVVM,     (F16),           0x65468000,        MODEL,   Zdn, OldZ, PgM, Zm5)
+ROW("FDIVR Zdn.H, Pg/M, Zdn.H, Zm5.H",                  DivRVVM,    (F16),           0x654c8000,        MODEL,   Zdn, OldZ, PgM, Zm5)
+ROW("FDIV Zdn.H, Pg/M, Zdn.H, Zm5.H",                   DivVVM,     (F16),           0x654d8000,        MODEL,   Zdn, OldZ, PgM, Zm5)
+ROW("FADD Zdn.H, Pg/M, Zdn.H, #FPConstant(0.5, 1.0)",   AddVIM,     (F16),           0x65588000,        MODEL,   Zdn, OldZ, PgM, FPConstant)
+ROW("FSUB Zdn.H, Pg/M, Zdn.H, #FPConstant(0.5, 1.0)",   SubVIM,     (F16),           0x65598000,        MODEL,   Zdn, OldZ, PgM, FPConstant)
+ROW("FMUL Zdn.H, Pg/M, Zdn.H, #FPConstant(0.5, 2.0)",   MulVIM,     (F16),           0x655a8000,        MODEL,   Zdn, OldZ, PgM, FPConstant)
+ROW("FSUBR Zdn.H, Pg/M, Zdn.H, #FPConstant(0.5, 1.0)",  SubRVIM,    (F16),           0x655b8000,        MODEL,   Zdn, OldZ, PgM, FPConstant)
+// clang-format on

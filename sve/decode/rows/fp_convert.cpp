@@ -1,0 +1,41 @@
+// Floating-point conversions, predicated.
+#include "sve/fast/fp_convert.h"
+#include "sve/decode/row.h"
+#include "sve/model/floating_point.h"
+
+// clang-format off
+ROW("SCVTF Zd.H, Pg/M, Zn.H",  FromS2VM,  (F16), 0x6552a000, MODEL,   Zd, OldZ, PgM, Zn)
+ROW("UCVTF Zd.H, Pg/M, Zn.H",  FromU2VM,  (F16), 0x6553a000, MODEL,   Zd, OldZ, PgM, Zn)
+ROW("SCVTF Zd.H, Pg/M, Zn.S",  FromS4VM,  (F16), 0x6554a000, MODEL,   Zd, OldZ, PgM, Zn)
+ROW("UCVTF Zd.H, Pg/M, Zn.S",  FromU4VM,  (F16), 0x6555a000, MODEL,   Zd, OldZ, PgM, Zn)
+ROW("SCVTF Zd.H, Pg/M, Zn.D",  FromS8VM,  (F16), 0x6556a000, MODEL,   Zd, OldZ, PgM, Zn)
+ROW("UCVTF Zd.H, Pg/M, Zn.D",  FromU8VM,  (F16), 0x6557a000, MODEL,   Zd, OldZ, PgM, Zn)
+ROW("FCVTZS Zd.H, Pg/M, Zn.H", _2FromHVM, (S16), 0x655aa000, MODEL,   Zd, OldZ, PgM, Zn)
+ROW("FCVTZU Zd.H, Pg/M, Zn.H", _2FromHVM, (U16), 0x655ba000, MODEL,   Zd, OldZ, PgM, Zn)
+ROW("FCVTZS Zd.S, Pg/M, Zn.H", _4FromHVM, (S32), 0x655ca000, MODEL,   Zd, OldZ, PgM, Zn)
+ROW("FCVTZU Zd.S, Pg/M, Zn.H", _4FromHVM, (U32), 0x655da000, MODEL,   Zd, OldZ, PgM, Zn)
+ROW("FCVTZS Zd.D, Pg/M, Zn.H", _8FromHVM, (S64), 0x655ea000, MODEL,   Zd, OldZ, PgM, Zn)
+ROW("FCVTZU Zd.D, Pg/M, Zn.H", _8FromHVM, (U64), 0x655fa000, MODEL,   Zd, OldZ, PgM, Zn)
+ROW("FCVT Zd.H, Pg/M, Zn.S",   TruncFVM,  (H32), 0x6588a000, MODEL,   Zd, OldZ, PgM, Zn)
+ROW("FCVT Zd.S, Pg/M, Zn.H",   ExtndHVM,  (F32), 0x6589a000, MODEL,   Zd, OldZ, PgM, Zn)
+ROW("SCVTF Zd.S, Pg/M, Zn.S",  FromS4VM,  (F32), 0x6594a000, HOST_FP, sve_scvtf_s2s_zpz, Zd, PgM, Zn)
+ROW("UCVTF Zd.S, Pg/M, Zn.S",  FromU4VM,  (F32), 0x6595a000, HOST_FP, sve_ucvtf_s2s_zpz, Zd, PgM, Zn)
+ROW("FCVTZS Zd.S, Pg/M, Zn.S", _4FromFVM, (S32), 0x659ca000, HOST_FP, sve_fcvtzs_s2s_zpz, Zd, PgM, Zn)
+ROW("FCVTZU Zd.S, Pg/M, Zn.S", _4FromFVM, (U32), 0x659da000, MODEL,   Zd, OldZ, PgM, Zn)
+ROW("FCVT Zd.H, Pg/M, Zn.D",   TruncDVM,  (H64), 0x65c8a000, MODEL,   Zd, OldZ, PgM, Zn)
+ROW("FCVT Zd.D, Pg/M, Zn.H",   ExtndHVM,  (D64), 0x65c9a000, MODEL,   Zd, OldZ, PgM, Zn)
+ROW("FCVT Zd.S, Pg/M, Zn.D",   TruncDVM,  (F64), 0x65caa000, HOST_FP, sve_fcvt_d2s_zpz, Zd, PgM, Zn)
+ROW("FCVT Zd.D, Pg/M, Zn.S",   ExtndFVM,  (D64), 0x65cba000, HOST_FP, sve_fcvt_s2d_zpz, Zd, PgM, Zn)
+ROW("SCVTF Zd.D, Pg/M, Zn.S",  FromS4VM,  (D64), 0x65d0a000, HOST_FP, sve_scvtf_s2d_zpz, Zd, PgM, Zn)
+ROW("UCVTF Zd.D, Pg/M, Zn.S",  FromU4VM,  (D64), 0x65d1a000, HOST_FP, sve_ucvtf_s2d_zpz, Zd, PgM, Zn)
+ROW("SCVTF Zd.S, Pg/M, Zn.D",  FromS8VM,  (F64), 0x65d4a000, HOST_FP, sve_scvtf_d2s_zpz, Zd, PgM, Zn)
+ROW("UCVTF Zd.S, Pg/M, Zn.D",  FromU8VM,  (F64), 0x65d5a000, MODEL,   Zd, OldZ, PgM, Zn)
+ROW("SCVTF Zd.D, Pg/M, Zn.D",  FromS8VM,  (D64), 0x65d6a000, HOST_FP, sve_scvtf_d2d_zpz, Zd, PgM, Zn)
+ROW("UCVTF Zd.D, Pg/M, Zn.D",  FromU8VM,  (D64), 0x65d7a000, HOST_FP, sve_ucvtf_d2d_zpz, Zd, PgM, Zn)
+ROW("FCVTZS Zd.S, Pg/M, Zn.D", _4FromDVM, (S64), 0x65d8a000, HOST_FP, sve_fcvtzs_d2s_zpz, Zd, PgM, Zn)
+ROW("FCVTZU Zd.S, Pg/M, Zn.D", _4FromDVM, (U64), 0x65d9a000, HOST_FP, sve_fcvtzu_d2s_zpz, Zd, PgM, Zn)
+ROW("FCVTZS Zd.D, Pg/M, Zn.S", _8FromFVM, (S64), 0x65dca000, HOST_FP, sve_fcvtzs_s2d_zpz, Zd, PgM, Zn)
+ROW("FCVTZU Zd.D, Pg/M, Zn.S", _8FromFVM, (U64), 0x65dda000, MODEL,   Zd, OldZ, PgM, Zn)
+ROW("FCVTZS Zd.D, Pg/M, Zn.D", _8FromDVM, (S64), 0x65dea000, HOST_FP, sve_fcvtzs_d2d_zpz, Zd, PgM, Zn)
+ROW("FCVTZU Zd.D, Pg/M, Zn.D", _8FromDVM, (U64), 0x65dfa000, HOST_FP, sve_fcvtzu_d2d_zpz, Zd, PgM, Zn)
+// clang-format on
