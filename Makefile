@@ -5,10 +5,10 @@ MAKEFLAGS += --no-print-directory
 
 # On an AArch64 machine the native build is the whole product, and nothing is cross-compiled.
 ifeq ($(MACHINE),aarch64)
-TEST_PRESETS := native asan
+TEST_PRESETS := native asan tsan
 PRODUCT_PRESET := native
 else
-TEST_PRESETS := native asan aarch64
+TEST_PRESETS := native asan tsan aarch64
 PRODUCT_PRESET := aarch64
 endif
 

@@ -207,11 +207,7 @@ TEST_F(Statistics, CountManySites) {
 // The lock may be another thread's at the moment of a fork, or its count half done; the child has
 // exact counts and must be able to count on.
 TEST_F(Statistics, CountInAForkedChild) {
-#ifdef __SANITIZE_THREAD__
-  constexpr int forks = 20;  // of a process with much memory
-#else
   constexpr int forks = 200;
-#endif
   uint32_t sites[] = {add_z0_p0_z0, add_z0_p0_z0, add_z0_p0_z0};
   std::atomic<bool> stop = false;
   std::vector<std::thread> counting;
