@@ -83,10 +83,10 @@ void leave_standard_error() {
 // What a program does between closing its streams and its end.
 bool belongs_to_end(uint64_t number) {
   constexpr uint64_t kEnding[] = {
-      SYS_close,      SYS_close_range,    SYS_dup3,         SYS_exit,  SYS_exit_group,
-      SYS_munmap,     SYS_madvise,        SYS_brk,          SYS_fcntl, SYS_lseek,
-      SYS_newfstatat, SYS_fstat,          SYS_unlinkat,     SYS_futex, SYS_getpid,
-      SYS_gettid,     SYS_rt_sigprocmask, SYS_rt_sigaction, SYS_fsync,
+      SYS_close,      SYS_close_range,    SYS_dup3,         SYS_exit,         SYS_exit_group,
+      SYS_munmap,     SYS_madvise,        SYS_brk,          SYS_fcntl,        SYS_lseek,
+      SYS_newfstatat, SYS_fstat,          SYS_unlinkat,     SYS_futex,        SYS_getpid,
+      SYS_gettid,     SYS_rt_sigprocmask, SYS_rt_sigaction, SYS_rt_sigreturn, SYS_fsync,
   };
   return std::find(std::begin(kEnding), std::end(kEnding), number) != std::end(kEnding);
 }
