@@ -16,11 +16,15 @@ endif
 KERNEL_CPUS ?= max,sve=off,pauth-impdef=on cortex-a72
 KERNEL_TESTS ?= 'runtime|program|inspect|distribution'
 
-.PHONY: help demo test test-kernel test-kernel-quick bench format clean
+# How long `soak` takes.
+SOAK_MINUTES ?= 60
+
+.PHONY: help demo test test-kernel test-kernel-quick soak bench format clean
 help:
 	@echo "make demo         build tavok and run the SVE examples, directly and under tavok"
 	@echo "make test         build and run every test"
 	@echo "make test-kernel  run the tests on Debian's kernel in a simulated machine"
+	@echo "make soak         run heavy programs under disturbance, for an hour"
 	@echo "make bench        print the benchmark tables"
 	@echo "make format       reformat the sources"
 	@echo "make clean        remove the build trees"
@@ -56,6 +60,13 @@ test-kernel:
 test-kernel-quick:
 	@$(MAKE) test-kernel KERNEL_CPUS=$(firstword $(KERNEL_CPUS)) \
 	  KERNEL_TESTS="runtime -E '(ir|passes|elf)_test'"
+
+soak:
+	@tools/install-packages test
+	@cmake --preset $(PRODUCT_PRESET) >/dev/null
+	@cmake --build --preset $(PRODUCT_PRESET) -j$(JOBS) --target tavok programs
+	@ctest --preset $(PRODUCT_PRESET) -R '^distribution\..*(packages|inputs)$$' >/dev/null
+	@tests/distribution/soak build/$(PRODUCT_PRESET) $(SOAK_MINUTES)
 
 bench:
 	@tools/install-packages bench
