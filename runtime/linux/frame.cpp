@@ -65,9 +65,14 @@ bool write(uint64_t address, const void* from, size_t size) {
   return core_copy(reinterpret_cast<void*>(address), from, size) == 0;
 }
 
+// Of a record with `size` bytes behind its head.
+size_t record_size(size_t size) {
+  return (sizeof(RecordHead) + size + kStackAlignment - 1) & ~(kStackAlignment - 1);
+}
+
 // The next record of the area behind the registers, with `size` bytes behind its head.
 unsigned char* add_record(mcontext_t& machine, size_t& used, uint32_t magic, size_t size) {
-  const size_t total = (sizeof(RecordHead) + size + kStackAlignment - 1) & ~(kStackAlignment - 1);
+  const size_t total = record_size(size);
   if (used + total + sizeof(RecordHead) > sizeof machine.__reserved) {
     core::fatal("the client's memory for a thread does not fit a signal frame");
   }
@@ -98,19 +103,18 @@ void add_sve_record(Thread& thread, mcontext_t& machine, size_t& used) {
   std::memcpy(to, &record, sizeof record);
 }
 
-// What the handler left: the predicates are the record's, and zero without any. Of Z all bits come
-// back from the FPSIMD record. False for a record of another vector length.
+// What the handler left: the predicates are the record's, and zero without any, or if it has its
+// head alone. Of Z all bits come back from the FPSIMD record. False for a record of another vector
+// length or of streaming mode, or in part.
 bool load_sve_record(Thread& thread, const mcontext_t& machine) {
   SveRecord record = {};
   const RecordHead* head = find_record(machine, SVE_MAGIC);
-  if (head != nullptr && head->size >= SVE_SIG_REGS_OFFSET) {
+  if (head != nullptr) {
     const size_t given = head->size - sizeof *head;
     std::memcpy(&record, head + 1, std::min(given, sizeof record));
-    if (record.length != kVectorBytes) {
+    const bool whole = given >= sizeof record || head->size == SVE_SIG_REGS_OFFSET;
+    if (record.length != kVectorBytes || (record.flags & SVE_SIG_FLAG_SM) != 0 || !whole) {
       return false;
-    }
-    if (given < sizeof record) {
-      record = {};
     }
   }
   sve_load_predicates(&thread.context, record.predicates);
@@ -157,7 +161,68 @@ void set_handler_mask(Thread& thread, const SignalAction& action, int signal) {
   }
 }
 
-// No frame can be written, or a frame cannot be read: as the kernel does.
+// Whether Linux would take the records of a frame: these and no others, up to the end record. It
+// also takes one that lies elsewhere, if there is no room for it.
+bool has_valid_records(const core::Context& context, const mcontext_t& machine) {
+  constexpr size_t kArea = sizeof machine.__reserved;
+  bool vectors = false, sve = false;
+  for (size_t at = 0; at % kStackAlignment == 0 && kArea - at >= sizeof(RecordHead);) {
+    const auto& head = *reinterpret_cast<const RecordHead*>(machine.__reserved + at);
+    if (head.magic == 0) {
+      return head.size == 0 && vectors;
+    }
+    bool valid = head.size >= sizeof head && head.size <= kArea - at;
+    if (head.magic == FPSIMD_MAGIC) {
+      valid = valid && !vectors && head.size == sizeof(fpsimd_context);
+      vectors = true;
+    } else if (head.magic == SVE_MAGIC) {
+      valid = valid && !sve && keeps_sve_record() && head.size >= SVE_SIG_REGS_OFFSET;
+      sve = true;
+    } else if (head.magic == kThreadMemoryMagic) {
+      valid = valid && head.size == record_size(core::thread_memory_size(context));
+    } else {
+      valid = valid && head.magic == ESR_MAGIC;
+    }
+    if (!valid) {
+      return false;
+    }
+    at += head.size;
+  }
+  return false;
+}
+
+// What rt_sigreturn finds at SP. False if Linux would not take it: then some of it is done.
+bool load_frame(Thread& thread) {
+  constexpr uint64_t kOtherModes = 0x3df;  // of the processor state: not a program's to choose
+  core::Context& context = thread.context;
+  Frame frame;
+  if (context.sp % kStackAlignment != 0 ||
+      core_copy(&frame, reinterpret_cast<const void*>(context.sp), sizeof frame) != 0) {
+    return false;
+  }
+  const mcontext_t& machine = frame.context.uc_mcontext;
+  const bool valid = (machine.pstate & kOtherModes) == 0 && has_valid_records(context, machine);
+  uint64_t mask;
+  std::memcpy(&mask, &frame.context.uc_sigmask, sizeof mask);
+  thread.signals.mask = mask & ~kUnblockable;
+  thread.signals.has_temporary_mask = false;
+  load_registers(context, machine);
+  write_modes(machine);
+  if (!valid) {
+    return false;
+  }
+  // First, since it has predicates, too: those of the SVE record are what the handler may change.
+  if (const RecordHead* record = find_record(machine, kThreadMemoryMagic)) {
+    core::restore_thread_memory(context, reinterpret_cast<const unsigned char*>(record + 1));
+  }
+  if (keeps_sve_record() && !load_sve_record(thread, machine)) {
+    return false;
+  }
+  set_alternate_stack(thread, frame.context.uc_stack);
+  return true;
+}
+
+// No frame can be written: as the kernel does.
 [[noreturn]] void force_segv() {
   act_by_default(SIGSEGV);
   core::fatal("a signal frame cannot be written");
@@ -218,29 +283,11 @@ int64_t sys_rt_sigreturn(Thread& thread, const Call&) {
   if ((context.pending & ~core::kChangesPending) != 0) {
     return kNotMade;
   }
-  Frame frame;
-  if (core_copy(&frame, reinterpret_cast<const void*>(context.sp), sizeof frame) != 0) {
-    force_segv();
-  }
-  const mcontext_t& machine = frame.context.uc_mcontext;
-  load_registers(context, machine);
-  write_modes(machine);
-  const RecordHead* record = find_record(machine, kThreadMemoryMagic);
-  const size_t memory = core::thread_memory_size(context);
-  if (record != nullptr && record->size >= sizeof(RecordHead) + memory) {
-    core::restore_thread_memory(context, reinterpret_cast<const unsigned char*>(record + 1));
-  }
-  if (keeps_sve_record() && !load_sve_record(thread, machine)) {
-    force_segv();
-  }
-  if ((frame.context.uc_stack.ss_flags & SS_ONSTACK) == 0) {
-    thread.signals.alternate = frame.context.uc_stack;
-  }
-  uint64_t mask;
-  std::memcpy(&mask, &frame.context.uc_sigmask, sizeof mask);
-  thread.signals.mask = mask & ~kUnblockable;
-  thread.signals.has_temporary_mask = false;
+  const bool taken = load_frame(thread);
   apply_mask(thread);
+  if (!taken) {
+    raise_fault(thread, SIGSEGV, SEGV_ACCERR, context.sp);
+  }
   return kNoResult;
 }
 

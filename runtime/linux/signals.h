@@ -105,6 +105,8 @@ bool application_handles(const Thread& thread, int signal);
 
 // Whether the application's SP is on its alternate stack.
 bool on_alternate_stack(const Thread& thread);
+// Sets that stack. Returns 0, or why the kernel would not.
+int64_t set_alternate_stack(Thread& thread, stack_t stack);
 
 // What a handler's frame takes of a stack at most, AT_MINSIGSTKSZ for the application.
 inline constexpr uint64_t kSignalFrameSize = 4720;

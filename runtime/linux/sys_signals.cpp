@@ -166,13 +166,19 @@ int64_t sys_rt_sigtimedwait(Thread& thread, const Call& call) {
   return result;
 }
 
+int64_t set_alternate_stack(Thread& thread, stack_t stack) {
+  const int64_t result = on_alternate_stack(thread) ? -EPERM : check_stack(stack);
+  if (result == 0) {
+    thread.signals.alternate = stack;
+  }
+  return result;
+}
+
 int64_t sys_sigaltstack(Thread& thread, const Call& call) {
   const uint64_t wanted = call.arguments[0];
   auto* old = reinterpret_cast<void*>(call.arguments[1]);
-  stack_t& alternate = thread.signals.alternate;
-  const bool in_use = on_alternate_stack(thread);
-  stack_t before = alternate;
-  if (in_use) {
+  stack_t before = thread.signals.alternate;
+  if (on_alternate_stack(thread)) {
     before.ss_flags |= SS_ONSTACK;
   }
   if (wanted != 0) {
@@ -180,11 +186,10 @@ int64_t sys_sigaltstack(Thread& thread, const Call& call) {
     if (core_copy(&stack, memory_at(wanted), sizeof stack) != 0) {
       return -EFAULT;
     }
-    const int64_t result = in_use ? -EPERM : check_stack(stack);
+    const int64_t result = set_alternate_stack(thread, stack);
     if (result != 0) {
       return result;
     }
-    alternate = stack;
   }
   if (old != nullptr && core_copy(old, &before, sizeof before) != 0) {
     return -EFAULT;
