@@ -19,6 +19,7 @@
 #include "runtime/linux/client_switches.h"
 #include "runtime/linux/loader.h"
 #include "runtime/linux/mappings.h"
+#include "runtime/linux/messages.h"
 #include "runtime/linux/modules.h"
 #include "runtime/linux/options.h"
 #include "runtime/linux/pages.h"

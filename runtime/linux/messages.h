@@ -2,8 +2,9 @@
 // a file that the application has put in its place.
 #pragma once
 
-#include <string>
+#include <cstdio>
 
+#include "runtime/linux/options.h"
 #include "runtime/linux/syscalls.h"
 
 namespace os {
@@ -27,13 +28,8 @@ int64_t sys_dup3(Thread& thread, const Call& call);
 extern bool keeps_standard_error;
 void note_call_while_kept(uint64_t number);
 
-// Where the client's report at the end goes: to standard error, nowhere, or behind what a file
-// holds already.
-struct ReportTarget {
-  enum class Kind { standard_error, none, file } kind = Kind::standard_error;
-  std::string file;  // absolute; %p stands for the process's number
-};
-// Remembers the target. Returns null, or why the file cannot be written.
+// Remembers where the client's report at the end goes. Returns null, or why the file cannot be
+// written.
 const char* set_report_target(const ReportTarget& target);
 
 // While one exists, what is printed to stderr is the report.

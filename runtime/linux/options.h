@@ -4,14 +4,19 @@
 #include <string>
 #include <vector>
 
-#include "runtime/linux/messages.h"
-
 namespace os {
 
 // Statuses of a shell for a command that cannot be run.
 inline constexpr int kUsageStatus = 2;
 inline constexpr int kCannotRunStatus = 126;
 inline constexpr int kNotFoundStatus = 127;
+
+// Where the client's report at the end goes: to standard error, nowhere, or behind what a file
+// holds already.
+struct ReportTarget {
+  enum class Kind { standard_error, none, file } kind = Kind::standard_error;
+  std::string file;  // absolute; %p stands for the process's number
+};
 
 struct Options {
   const char* name = nullptr;  // argv[0] of the application if it is not its file
