@@ -5,12 +5,15 @@
 #include <cctype>
 #include <new>
 
+#include "host/fp_unit.h"
+
 namespace tiers {
 
 namespace {
 
 using fixture::Random;
 
+constexpr uint64_t nowhere = 1ull << 50;        // no address has this bit
 constexpr uint32_t fpsr_flags = 0x0800009f;     // QC and the cumulative exceptions
 constexpr uint32_t fpcr_controls = 0x07c00000;  // AHP, DN, FZ and RMode
 
@@ -174,6 +177,48 @@ Case random_case(const Row& row, Random& random, const Memory& memory) {
     x = interesting_scalar(random);
   fill_addresses(chosen, row, random, memory);
   return chosen;
+}
+
+void move_to_edge(Case& chosen, const Row& row, Random& random, const Memory& memory) {
+  const Addresses kind = addresses_of(row.name);
+  if (kind == Addresses::none)
+    return;
+  const uint64_t edge = memory.middle() + (random() % 2 != 0 ? 1 : -1) * Memory::size / 2;
+  const uint64_t spread = random() % 2 != 0 ? 64 : 1200;
+  const auto place = [&] { return edge + random() % spread - spread / 2; };
+  const unsigned n = bits_of(chosen.word, 5), width = width_of(row.name);
+  if (kind != Addresses::vector) {
+    chosen.state.x[n] = random() % 8 == 0 ? memory.middle() ^ nowhere : place();
+    return;
+  }
+  for (unsigned i = 0; i < vector_bytes / width; i++)
+    if (random() % 2 != 0)
+      fixture::set_lane(chosen.state.z[n], width, i, place());
+}
+
+void settle(cpu_state& fast, const cpu_state& before) {
+  if (fast.instruction == before.instruction)
+    return;
+  fast.nzcv &= 0xffffffff;
+  fast.fpcr |= before.fz16;
+  for (uint8_t& byte : fast.ffr)
+    byte &= 1;
+  fast.instruction = before.instruction;
+}
+
+void run_fast(const Row& row, uint32_t word, cpu_state& state) {
+  static bool others = false;
+  others = !others && row.tier == Tier::model;
+  constexpr uint32_t controls = 31u << 22, flags = 0x9f;
+  const uint32_t control = others ? ~state.fpcr & controls : state.fpcr,
+                 status = ~state.fpsr & flags;
+  const uint64_t saved = host::read_fpcr();
+  host::write_fpcr(control);
+  host::write_fpsr(status);
+  row.stub(&state, word);
+  EXPECT_EQ(host::read_fpcr(), control) << row.name;
+  EXPECT_EQ(host::read_fpsr(), row.tier == Tier::host_fp ? state.fpsr : status) << row.name;
+  host::write_fpcr(saved);
 }
 
 }  // namespace tiers

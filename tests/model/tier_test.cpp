@@ -10,7 +10,6 @@
 #include <cmath>
 #include <cstdlib>
 
-#include "host/fp_unit.h"
 #include "sve/fp/convert.h"
 #include "tests/model/random_case.h"
 #include "tests/model/twin_row.h"
@@ -36,37 +35,6 @@ bool is_chosen(const Row& row) {
   return part == nullptr || std::string_view(row.name).find(part) != std::string_view::npos;
 }
 
-// What the bridge makes of the record beside the instruction itself: conditions without the upper
-// half of their field, FZ16 in fpcr, ffr of clean bytes. The fast path notes the word, but for a
-// reserved immediate, with which neither tier touches anything.
-void settle(cpu_state& fast, const cpu_state& before) {
-  if (fast.instruction == before.instruction)
-    return;
-  fast.nzcv &= 0xffffffff;
-  fast.fpcr |= before.fz16;
-  for (uint8_t& byte : fast.ffr)
-    byte &= 1;
-  fast.instruction = before.instruction;
-}
-
-// The stub as the application runs it, with the record's controls in the host's unit; now and then
-// with others, which a row of the model must not notice. The host's own registers stay as they are,
-// but for the status of host floating point.
-void run_fast(const Row& row, uint32_t word, cpu_state& state) {
-  static bool others = false;
-  others = !others && row.tier == Tier::model;
-  constexpr uint32_t controls = 31u << 22, flags = 0x9f;
-  const uint32_t control = others ? ~state.fpcr & controls : state.fpcr,
-                 status = ~state.fpsr & flags;
-  const uint64_t saved = host::read_fpcr();
-  host::write_fpcr(control);
-  host::write_fpsr(status);
-  row.stub(&state, word);
-  EXPECT_EQ(host::read_fpcr(), control) << row.name;
-  EXPECT_EQ(host::read_fpsr(), row.tier == Tier::host_fp ? state.fpsr : status) << row.name;
-  host::write_fpcr(saved);
-}
-
 testing::AssertionResult agree(const Row& row, const TwinRow& twin, const tiers::Case& chosen,
                                tiers::Memory& memory) {
   static tiers::Memory before, after_fast;
@@ -74,13 +42,13 @@ testing::AssertionResult agree(const Row& row, const TwinRow& twin, const tiers:
   if (touches_memory)
     before = memory;
   cpu_state fast = chosen.state, model = chosen.state;
-  run_fast(row, chosen.word, fast);
+  tiers::run_fast(row, chosen.word, fast);
   if (touches_memory) {
     after_fast = memory;
     memory = before;
   }
   twin.stub(&model, chosen.word);
-  settle(fast, chosen.state);
+  tiers::settle(fast, chosen.state);
   const bool same_memory = !touches_memory || memory.bytes == after_fast.bytes;
   if (same_memory && memcmp(&fast, &model, sizeof fast) == 0)
     return testing::AssertionSuccess();

@@ -8,6 +8,8 @@
 #include <map>
 #include <vector>
 
+#include "runtime/core/effects.h"
+#include "runtime/ir/decode.h"
 #include "runtime/ir/encode.h"
 #include "runtime/ir/ir.h"
 
@@ -56,6 +58,38 @@ inline const ordinary instructions[] = {
     {0x6a2900df, false, {6, 9}, -1, false, true},     // BICS WZR, W6, W9
     {0xfa400820, true, {}, -1, false, false},         // CCMP X1, #0, #0, EQ
 };
+
+inline core::Effect effect_of(std::uint32_t word, ir::kind kind) {
+  instr_t instr = {};
+  instr.word = word, instr.kind = kind;
+  return core::effect_of(instr);
+}
+
+// Whether the machine executes the word as it is.
+inline bool is_inserted_form(std::uint32_t word) {
+  const bool known = std::any_of(std::begin(instructions), std::end(instructions),
+                                 [&](const ordinary& one) { return one.word == word; });
+  return !known && effect_of(word, ir::kind::meta).action != core::Action::unknown;
+}
+
+// That of the table; or else what the passes take the word for, which is then not in question.
+inline ordinary ordinary_of(std::uint32_t word) {
+  for (const ordinary& known : instructions) {
+    if (known.word == word)
+      return known;
+  }
+  const core::Effect effect = effect_of(word, ir::kind::original);
+  ordinary found = {word, effect.action != core::Action::compute, {}, -1, false, false};
+  for (unsigned reg = 0; reg < 32; ++reg) {
+    if ((effect.reads.general >> reg & 1) != 0)
+      found.reads.push_back(reg);
+    if ((effect.writes.general >> reg & 1) != 0)
+      found.target = static_cast<int>(reg);
+  }
+  found.reads_flags = (effect.reads.status & core::status_nzcv) != 0;
+  found.writes_flags = (effect.writes.status & core::status_nzcv) != 0;
+  return found;
+}
 
 // Any function whose result shows a difference in its arguments.
 inline std::uint64_t mix(std::uint64_t a, std::uint64_t b) {
@@ -259,10 +293,8 @@ struct machine {
       if (instr->kind == ir::kind::call) {
         call(instr->call.arguments[0]);
       } else if (instr->kind == ir::kind::original) {
-        for (const ordinary& instruction : instructions) {
-          if (instruction.word == instr->word)
-            run(instruction);
-        }
+        if (ir::control_of(instr->word) == ir::control::none)
+          run(ordinary_of(instr->word));
       } else {
         run(instr->word);
       }
@@ -270,12 +302,10 @@ struct machine {
   }
   void run(const std::vector<std::uint32_t>& words) {
     for (const std::uint32_t w : words) {
-      const auto* const known = std::find_if(std::begin(instructions), std::end(instructions),
-                                             [&](const ordinary& o) { return o.word == w; });
-      if (known != std::end(instructions))
-        run(*known);
-      else
+      if (is_inserted_form(w))
         run(w);
+      else
+        run(ordinary_of(w));
     }
   }
 };
