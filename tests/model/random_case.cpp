@@ -183,7 +183,8 @@ void move_to_edge(Case& chosen, const Row& row, Random& random, const Memory& me
   const Addresses kind = addresses_of(row.name);
   if (kind == Addresses::none)
     return;
-  const uint64_t edge = memory.middle() + (random() % 2 != 0 ? 1 : -1) * Memory::size / 2;
+  const uint64_t half = Memory::size / 2;
+  const uint64_t edge = memory.middle() + (random() % 2 != 0 ? half : -half);
   const uint64_t spread = random() % 2 != 0 ? 64 : 1200;
   const auto place = [&] { return edge + random() % spread - spread / 2; };
   const unsigned n = bits_of(chosen.word, 5), width = width_of(row.name);
