@@ -1,14 +1,16 @@
 // Handlers that return by a frame which they have changed: frames <seed> [all]. What Linux takes
 // and what it refuses with SIGSEGV is told here by its rules, and the registers of a frame that it
 // takes are those of the next one. Only with `all` there are frames that the simulator takes
-// otherwise.
+// otherwise. Where there is SVE with vectors of 128 bits, frames have its record, too.
 #define _GNU_SOURCE
+#include <asm/hwcap.h>
 #include <asm/sigcontext.h>
 #include <signal.h>
 #include <stdint.h>
 #include <stdio.h>
 #include <stdlib.h>
 #include <string.h>
+#include <sys/auxv.h>
 #include <ucontext.h>
 
 enum { STACK = 65536, AREA = sizeof((mcontext_t*)0)->__reserved };
@@ -16,7 +18,7 @@ enum { NZCV_SHIFT = 28 };
 static const uint32_t fpsr_bits = 0x0800009f, fpcr_bits = 0x07c00000;
 
 static uint64_t seed;
-static int all;
+static int all, has_sve;
 static uint64_t any(void) {
   seed = seed * 6364136223846793005u + 1442695040888963407u;
   const uint64_t mixed = (seed ^ seed >> 29) * UINT64_C(0xbf58476d1ce4e5b9);
@@ -43,9 +45,17 @@ struct head {
 
 // ---- what Linux makes of it ---------------------------------------------------------------------
 
+// The record of SVE: of the one length, not of streaming mode, and its head alone or whole.
+static int is_valid_sve(const unsigned char* record, size_t size) {
+  struct sve_context sve;
+  memcpy(&sve, record, sizeof sve);
+  return has_sve && sve.vl == 16 && (sve.flags & SVE_SIG_FLAG_SM) == 0 &&
+         (size == SVE_SIG_REGS_OFFSET || size >= SVE_SIG_CONTEXT_SIZE(1));
+}
+
 // The records behind the registers: one of the vectors, and nothing unknown.
 static int is_valid_area(const unsigned char* area) {
-  int vectors = 0;
+  int vectors = 0, sve = 0;
   for (size_t at = 0; AREA - at >= sizeof(struct head);) {
     struct head head;
     memcpy(&head, area + at, sizeof head);
@@ -57,10 +67,12 @@ static int is_valid_area(const unsigned char* area) {
     }
     if (head.magic == FPSIMD_MAGIC) {
       vectors += head.size == sizeof(struct fpsimd_context) ? 1 : 2;
+    } else if (head.magic == SVE_MAGIC) {
+      sve += is_valid_sve(area + at, head.size) ? 1 : 2;
     } else if (head.magic != ESR_MAGIC) {
       return 0;
     }
-    if (head.size < sizeof head || vectors > 1) {
+    if (head.size < sizeof head || vectors > 1 || sve > 1) {
       return 0;
     }
     at += head.size;
@@ -97,11 +109,24 @@ static void add_vectors(unsigned char* area, size_t* at, size_t size) {
   }
 }
 
+static void add_sve(unsigned char* area, size_t* at, size_t size) {
+  struct sve_context sve = {.vl = any() % 8 ? 16 : (uint16_t)any(), .flags = any() % 8 == 0};
+  unsigned char* const record = add(area, at, SVE_MAGIC, size);
+  if (record != NULL && size >= sizeof sve) {
+    memcpy(record + sizeof(struct head), &sve.vl, sizeof sve - sizeof(struct head));
+  }
+}
+
 static void add_anything(unsigned char* area, size_t* at) {
   static const uint32_t magics[] = {0, EXTRA_MAGIC, SVE_MAGIC, 0x54564b4d, 0x5a4d5401, ESR_MAGIC};
   static const uint32_t sizes[] = {0, 4, 8, 12, 24, 32, 512, 528, 4096, 0x80000000, 0xfffffff0};
   const uint32_t magic = any() % 8 ? magics[any() % (all ? 6 : 5)] : (uint32_t)any();
-  add(area, at, magic, any() % 2 ? 16 : sizes[any() % (all ? 11 : 8)]);
+  const size_t size = any() % 2 ? 16 : sizes[any() % (all ? 11 : 8)];
+  if (magic == SVE_MAGIC) {
+    add_sve(area, at, size);
+  } else {
+    add(area, at, magic, size);
+  }
 }
 
 static void change_area(unsigned char* area) {
@@ -115,6 +140,9 @@ static void change_area(unsigned char* area) {
       add(area, &at, ESR_MAGIC, 16);
     }
     add_vectors(area, &at, whole);
+    if (has_sve && any() % 2) {
+      add_sve(area, &at, any() % 4 ? 576 : 16 * (any() % 40));
+    }
   } else {
     for (uint64_t i = any() % 4; i > 0; i--) {
       add_anything(area, &at);
@@ -193,18 +221,36 @@ static void handle(int number, siginfo_t* info, void* pointer) {
   *context = home;
 }
 
-static int same_vectors(const mcontext_t* a, const mcontext_t* b) {
-  const unsigned char* area = (const void*)a->__reserved;
-  struct fpsimd_context sent_ones, found_ones;
-  size_t at = 0;
-  for (struct head head; memcpy(&head, area + at, sizeof head), head.magic != FPSIMD_MAGIC;) {
-    at += head.size;
+// The first one, in an area that is valid.
+static const void* record_of(const mcontext_t* machine, uint32_t magic) {
+  const unsigned char* at = (const void*)machine->__reserved;
+  for (struct head head; memcpy(&head, at, sizeof head), head.magic != magic; at += head.size) {
+    if (head.magic == 0) {
+      return NULL;
+    }
   }
-  memcpy(&sent_ones, area + at, sizeof sent_ones);
+  return at;
+}
+
+static int same_vectors(const mcontext_t* a, const mcontext_t* b) {
+  struct fpsimd_context sent_ones, found_ones;
+  memcpy(&sent_ones, record_of(a, FPSIMD_MAGIC), sizeof sent_ones);
   memcpy(&found_ones, b->__reserved, sizeof found_ones);
   return memcmp(sent_ones.vregs, found_ones.vregs, sizeof found_ones.vregs) == 0 &&
          sent_ones.fpsr == (found_ones.fpsr & fpsr_bits) &&
          sent_ones.fpcr == (found_ones.fpcr & fpcr_bits);
+}
+
+// Zero without a record, or with its head alone.
+static int same_predicates(const mcontext_t* a, const mcontext_t* b) {
+  enum { AT = SVE_SIG_PREGS_OFFSET(1), SIZE = SVE_SIG_CONTEXT_SIZE(1) - AT };
+  static const unsigned char zero[SIZE];
+  const unsigned char *from = record_of(a, SVE_MAGIC), *to = record_of(b, SVE_MAGIC);
+  struct head head = {0, 0};
+  if (from != NULL) {
+    memcpy(&head, from, sizeof head);
+  }
+  return to == NULL || memcmp(head.size > AT ? from + AT : zero, to + AT, SIZE) == 0;
 }
 
 static const char* what_is_wrong(void) {
@@ -235,12 +281,16 @@ static const char* what_is_wrong(void) {
   if (!same_vectors(from, to)) {
     return "vectors";
   }
+  if (!same_predicates(from, to)) {
+    return "predicates";
+  }
   return found_stack < expected_stack || found_stack > expected_stack + STACK ? "stack" : NULL;
 }
 
 int main(int argc, char** argv) {
   seed = argc > 1 ? (uint64_t)atoi(argv[1]) : 1;
   all = argc > 2;
+  has_sve = (getauxval(AT_HWCAP) & HWCAP_SVE) != 0;
   const char* const wanted = getenv("TAVOK_TEST_FRAMES");
   const int cases = wanted ? atoi(wanted) : 2000;
   struct sigaction action = {.sa_flags = SA_SIGINFO | SA_ONSTACK};
