@@ -26,11 +26,11 @@ namespace host {
 // in force already; elsewhere the record alone knows it.
 class FPBracket {
 public:
-  // fpcr, fpsr: the application's control and status values.
-  FPBracket(uint32_t fpcr, uint32_t fpsr) : saved_control_(read_fpcr()) {
+  // The application's FPCR and FPSR.
+  FPBracket(uint32_t control, uint32_t flags) : saved_control_(read_fpcr()) {
     if constexpr (!control_is_in_force)
-      write_fpcr(fpcr);
-    write_fpsr(fpsr);
+      write_fpcr(control);
+    write_fpsr(flags);
   }
   FPBracket(const FPBracket&) = delete;
   FPBracket& operator=(const FPBracket&) = delete;

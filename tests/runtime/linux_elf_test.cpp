@@ -1,5 +1,5 @@
-// Files that are not what they seem: each is refused with its reason. That none harms the launcher is
-// tests/fuzz/elf_fuzz.cpp's to show.
+// Files that are not what they seem: each is refused with its reason. That none harms the launcher
+// is tests/fuzz/elf_fuzz.cpp's to show.
 #include <gtest/gtest.h>
 #include <sys/mman.h>
 #include <unistd.h>
