@@ -6,7 +6,7 @@
 #include <random>
 #include <string>
 
-#include "sve/client/state_dump.h"
+#include "sve/dump/state_dump.h"
 #include "tests/core/captured_stderr.h"
 #include "tests/fuzz/target.h"
 

@@ -10,9 +10,9 @@
 
 #include "host/fp_unit.h"
 #include "host/signal_context.h"
-#include "sve/client/dispatch.h"
-#include "sve/client/sve_signals.h"
-#include "sve/client/switches.h"
+#include "sve/decode/dispatch.h"
+#include "sve/state/guarded_reads.h"
+#include "sve/state/switches.h"
 #include "tests/fuzz/target.h"
 #include "tests/model/random_case.h"
 #include "tests/model/twin_row.h"
