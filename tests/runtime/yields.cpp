@@ -1,9 +1,8 @@
 // Bad luck for threads. The runtime is compiled here as for the thread sanitizer, which is not
 // linked: its calls, one in front of each access to memory, come to this file. Where
-// TAVOK_TEST_YIELDS is a number, that number chooses places of the code at which threads sleep at
-// times, most often at their first visits; elsewhere they give way now and then. So other threads,
-// and signals, come between any two accesses, and the same number chooses the same places again.
-#include <sys/single_threaded.h>
+// TAVOK_TEST_YIELDS is a number, that number chooses places of the code at which threads sleep;
+// elsewhere they give way now and then. So other threads, and signals, come between any two
+// accesses, and the same number chooses the same places again.
 #include <sys/syscall.h>
 
 #include <cstdint>
@@ -13,7 +12,6 @@
 namespace {
 
 uint64_t seed = 0;
-uint64_t visits_to_all = 0;
 
 [[gnu::constructor]] void read_seed() {
   const char* const wanted = std::getenv("TAVOK_TEST_YIELDS");
@@ -34,17 +32,21 @@ void call(long number, const void* argument) {
   asm volatile("svc #0" : "+r"(x0) : "r"(x8), "r"(x1) : "memory");
 }
 
+// Threads are slowed down to a part of their speed, and not at the beginning alone: who has slept
+// at a place does so there again only after some thousandths of a second.
 [[gnu::noinline]] void visit(const void* site) {
-  constexpr uint64_t kSleepers = 32, kVisits = 16, kGiveWay = 512, kLongest = 200'000;
-  static uint32_t visits[2][4096];  // by one thread alone, and by several
+  constexpr uint64_t kSleepers = 8, kGiveWay = 512, kTimes = 10, kRestsPerSecond = 64;
+  static uint64_t rested[4096], visits;
   const uint64_t place = reinterpret_cast<uint64_t>(site) - reinterpret_cast<uint64_t>(&visit);
   const uint64_t chosen = mix(place ^ mix(seed));
-  const uint64_t random = mix(chosen + __atomic_fetch_add(&visits_to_all, 1, __ATOMIC_RELAXED));
+  const uint64_t random = mix(chosen + __atomic_fetch_add(&visits, 1, __ATOMIC_RELAXED));
   if (chosen % kSleepers == 0) {
-    uint32_t* const before = &visits[__libc_single_threaded ? 0 : 1][chosen / kSleepers % 4096];
-    const uint64_t count = __atomic_fetch_add(before, 1, __ATOMIC_RELAXED);
-    if (random % (1 + count / kVisits) == 0) {
-      const timespec time = {0, static_cast<long>(random >> 20) % static_cast<long>(kLongest)};
+    uint64_t now, frequency;
+    asm volatile("mrs %0, cntvct_el0\n mrs %1, cntfrq_el0" : "=r"(now), "=r"(frequency));
+    uint64_t* const at = &rested[chosen / kSleepers % 4096];
+    if (now >= __atomic_load_n(at, __ATOMIC_RELAXED)) {
+      __atomic_store_n(at, now + frequency / kRestsPerSecond, __ATOMIC_RELAXED);
+      const timespec time = {0, 1000L << random % kTimes};
       call(SYS_nanosleep, &time);
     }
   } else if (random % kGiveWay == 0) {
