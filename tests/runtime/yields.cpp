@@ -35,7 +35,7 @@ void call(long number, const void* argument) {
 // Threads are slowed down to a part of their speed, and not at the beginning alone: who has slept
 // at a place does so there again only after some thousandths of a second.
 [[gnu::noinline]] void visit(const void* site) {
-  constexpr uint64_t kSleepers = 8, kGiveWay = 512, kTimes = 10, kRestsPerSecond = 64;
+  constexpr uint64_t kSleepers = 8, kGiveWay = 512, kTimes = 12, kRestsPerSecond = 32;
   static uint64_t rested[4096], visits;
   const uint64_t place = reinterpret_cast<uint64_t>(site) - reinterpret_cast<uint64_t>(&visit);
   const uint64_t chosen = mix(place ^ mix(seed));
