@@ -11,7 +11,7 @@
 #include "sve/state/cpu_state.h"
 #include "sve/state/switches.h"
 
-constinit thread_local sigjmp_buf sveFaultJB;
+constinit thread_local sigjmp_buf sveFaultJB = {};
 constinit thread_local volatile int SVEFaultRegion;
 
 namespace {
