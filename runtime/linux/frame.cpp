@@ -286,6 +286,7 @@ int64_t sys_rt_sigreturn(Thread& thread, const Call&) {
   const bool taken = load_frame(thread);
   apply_mask(thread);
   if (!taken) {
+    context.x[0] = 0;  // the call's result
     raise_fault(thread, SIGSEGV, SEGV_ACCERR, context.sp);
   }
   return kNoResult;
