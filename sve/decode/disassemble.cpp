@@ -18,16 +18,12 @@ struct Operand {
   bool is_default = false;
 };
 
-std::string numbered(const char* letter, unsigned number) {
-  return letter + std::to_string(number);
-}
-
 // The default of immediates is 0, where they may be left out at all.
 Operand printed(long number) { return {std::to_string(number), number, number == 0}; }
 Operand printed(int number) { return printed(long{number}); }
 Operand printed(unsigned number) { return printed(static_cast<long>(number)); }
-Operand printed(aarch64_z_reg reg) { return {numbered("z", reg.index), reg.index}; }
-Operand printed(aarch64_p_reg reg) { return {numbered("p", reg.index)}; }
+Operand printed(aarch64_z_reg reg) { return {aarch64_z_reg::zname[reg.index], reg.index}; }
+Operand printed(aarch64_p_reg reg) { return {aarch64_p_reg::pname[reg.index]}; }
 Operand printed(aarch64_i_reg reg) {
   const uint32_t width = reg.kind != aarch64_i_reg::none ? reg.kind : reg.dn_kind;
   return {width == element_doubleword ? aarch64_i_reg::xname[reg.index]
@@ -49,7 +45,8 @@ constexpr const char* size_letters[] = {"b", "h", "s", "d", "q"};
 
 template <class Form> Operand operand(uint32_t word) {
   if constexpr (requires { Form::scalar_bits; })
-    return {numbered(size_letters[std::countr_zero(Form::scalar_bits / 8)], Form::decode(word))};
+    return {size_letters[std::countr_zero(Form::scalar_bits / 8)] +
+            std::to_string(Form::decode(word))};
   else
     return printed(Form::decode(word));
 }
@@ -320,7 +317,9 @@ private:
     const std::string suffix = "." + operand(name()).text;
     const unsigned count = take(" x") ? static_cast<unsigned>(integer()) : 1;
     take("}");
-    const auto at = [&](unsigned k) { return numbered("z", (first + k) % z_registers) + suffix; };
+    const auto at = [&](unsigned k) {
+      return aarch64_z_reg::zname[(first + k) % z_registers] + suffix;
+    };
     if (count > 2 && first + count <= z_registers)
       return "{" + at(0) + "-" + at(count - 1) + "}";
     std::string text = "{" + at(0);
